@@ -41,33 +41,51 @@ constexpr bool within(unsigned value, unsigned first, unsigned last) {
   return value - first <= last - first;
 }
 
-// Both arguments of || and && below are cheap and a branch is not, hence the bitwise operators.
+// Two cheap tests behind one jump, which ideographs of either kind take alike.
 constexpr bool hasNoUndefinedCodes(unsigned lead) {
   return (lead <= 0xA0) | within(lead, 0xB0, 0xF7);
 }
 
-// The cells A1..FE of rows A2 to A9 to which GBK assigns no character; rows A1 and A3 are full.
+// clang-format off
+
+// The cells A1..FE of rows A2 to A9 to which GBK assigns no character; row A3 is full. Rows A8 and
+// A9 begin at 40.
 constexpr bool isUnassignedCell(unsigned lead, unsigned trail) {
-  return lead == 0xA1 || lead == 0xA3 ? false
-         : lead == 0xA2 ? within(trail, 0xAB, 0xB0) || within(trail, 0xE3, 0xE4) ||
-                              within(trail, 0xEF, 0xF0) || within(trail, 0xFD, 0xFE)
+  return lead == 0xA2   ? within(trail, 0xAB, 0xB0) || within(trail, 0xE3, 0xE4) ||
+                          within(trail, 0xEF, 0xF0) || within(trail, 0xFD, 0xFE)
          : lead == 0xA4 ? within(trail, 0xF4, 0xFE)
          : lead == 0xA5 ? within(trail, 0xF7, 0xFE)
          : lead == 0xA6 ? within(trail, 0xB9, 0xC0) || within(trail, 0xD9, 0xDF) ||
-                              within(trail, 0xEC, 0xED) || trail == 0xF3 ||
-                              within(trail, 0xF6, 0xFE)
+                          within(trail, 0xEC, 0xED) || trail == 0xF3 || within(trail, 0xF6, 0xFE)
          : lead == 0xA7 ? within(trail, 0xC2, 0xD0) || within(trail, 0xF2, 0xFE)
          : lead == 0xA8 ? within(trail, 0x96, 0xA0) || within(trail, 0xC1, 0xC4) ||
-                              within(trail, 0xEA, 0xFE)
-                        : trail == 0x58 || trail == 0x5B || within(trail, 0x5D, 0x5F) ||
-                              within(trail, 0x97, 0xA3) || within(trail, 0xF5, 0xFE);
+                          within(trail, 0xEA, 0xFE)
+         : lead == 0xA9 ? trail == 0x58 || trail == 0x5B || within(trail, 0x5D, 0x5F) ||
+                          within(trail, 0x97, 0xA3) || within(trail, 0xF5, 0xFE)
+                        : false;
 }
 
+// What lower-casing adds to a unit, modulo 65536.
+constexpr unsigned foldingDistance(unsigned lead, unsigned trail) {
+  return !within(lead, 0xA2, 0xAB)                   ? 0u
+         : lead == 0xA3 && within(trail, 0xC1, 0xDA) ? 0x2000u   // Latin
+         : lead == 0xA6 && within(trail, 0xA1, 0xB8) ? 0x2000u   // Greek
+         : lead == 0xA7 && within(trail, 0xA1, 0xC1) ? 0x3000u   // Cyrillic
+         : lead == 0xA2 && within(trail, 0xF1, 0xFA) ? 0x10000u - 0x5000u  // Roman numerals
+         : within(lead, 0xA4, 0xA5) && within(trail, 0xA2, 0xAA) && trail % 2 == 0
+                                                     ? 0x10000u - 0x0100u  // kana vowels
+         : lead == 0xAA && within(trail, 0xDC, 0xDE) ? 0x2000u
+         : lead == 0xAB && within(trail, 0xC1, 0xDE) ? 0x2000u
+                                                     : 0u;
+}
+
+// clang-format on
+
+// For a lead byte in A1..AF or F8..FF.
 constexpr bool isUndefinedSymbol(unsigned lead, unsigned trail) {
-  return within(lead, 0xAA, 0xAF) || lead >= 0xF8
-             ? within(trail, 0xA1, 0xFE) && lead != 0xFF
-             : (lead <= 0xA7 && within(trail, 0x40, 0xA0) && trail != 0x7F) ||
-                   isUnassignedCell(lead, trail);
+  return within(lead, 0xAA, 0xFE) ? within(trail, 0xA1, 0xFE)
+                                  : (lead <= 0xA7 && within(trail, 0x40, 0xA0) && trail != 0x7F) ||
+                                        isUnassignedCell(lead, trail);
 }
 
 }  // namespace sgbk_detail
@@ -90,30 +108,7 @@ constexpr bool isgcharspace(gchar_t gch) {
 // ten, the full-size kana vowels (to the small kana) and two runs of the user-defined rows AA and
 // AB. Any other unit comes back unchanged; the lead byte never changes.
 constexpr gchar_t toLowerCase(gchar_t wc) {
-  return (wc & 0xFFu) == 0xA3   ? (sgbk_detail::within(wc >> 8u, 0xC1, 0xDA)
-                                       ? static_cast<gchar_t>(wc + 0x2000u)
-                                       : wc)
-         : !sgbk_detail::within(wc & 0xFFu, 0xA2, 0xAB) ? wc
-         : (wc & 0xFFu) == 0xA6 ? (sgbk_detail::within(wc >> 8u, 0xA1, 0xB8)
-                                       ? static_cast<gchar_t>(wc + 0x2000u)
-                                       : wc)
-         : (wc & 0xFFu) == 0xA7 ? (sgbk_detail::within(wc >> 8u, 0xA1, 0xC1)
-                                       ? static_cast<gchar_t>(wc + 0x3000u)
-                                       : wc)
-         : (wc & 0xFFu) == 0xA2 ? (sgbk_detail::within(wc >> 8u, 0xF1, 0xFA)
-                                       ? static_cast<gchar_t>(wc - 0x5000u)
-                                       : wc)
-         : (wc & 0xFFu) <= 0xA5 ? (sgbk_detail::within(wc >> 8u, 0xA2, 0xAA) &&
-                                           (wc >> 8u) % 2 == 0
-                                       ? static_cast<gchar_t>(wc - 0x0100u)
-                                       : wc)
-         : (wc & 0xFFu) == 0xAA ? (sgbk_detail::within(wc >> 8u, 0xDC, 0xDE)
-                                       ? static_cast<gchar_t>(wc + 0x2000u)
-                                       : wc)
-         : (wc & 0xFFu) == 0xAB ? (sgbk_detail::within(wc >> 8u, 0xC1, 0xDE)
-                                       ? static_cast<gchar_t>(wc + 0x2000u)
-                                       : wc)
-                                : wc;
+  return static_cast<gchar_t>(wc + sgbk_detail::foldingDistance(wc & 0xFFu, wc >> 8u));
 }
 
 // True for the full-width digits A3 B0..A3 B9.
@@ -123,8 +118,8 @@ constexpr bool isSBCDigit(UINT16 wc) {
 
 // True for the full-width Latin letters A3 C1..A3 DA and A3 E1..A3 FA.
 constexpr bool isSBCLetter(UINT16 wc) {
-  return (wc & 0xFFu) == 0xA3 && (sgbk_detail::within(wc >> 8u, 0xC1, 0xDA) ||
-                                  sgbk_detail::within(wc >> 8u, 0xE1, 0xFA));
+  return (wc & 0xFFu) == 0xA3 &&
+         (sgbk_detail::within(wc >> 8u, 0xC1, 0xDA) || sgbk_detail::within(wc >> 8u, 0xE1, 0xFA));
 }
 
 // True for decoration: the geometric symbols and the geta mark of row A1, the vertical forms of

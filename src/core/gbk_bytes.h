@@ -1,0 +1,41 @@
+// One character between bytes and gchar_t. Bytes may stand at any address.
+
+#ifndef SGBK_CORE_GBK_BYTES_H
+#define SGBK_CORE_GBK_BYTES_H
+
+#include <bit>
+#include <cstring>
+
+#include "sgbk/support.h"
+
+namespace sgbk {
+
+// The tables are read through 16-bit views, which hold lead + 256 * trail only here.
+static_assert(std::endian::native == std::endian::little, "sgbk needs a little-endian host");
+
+using Byte = unsigned char;
+
+inline constexpr gchar_t unitOf(Byte lead, Byte trail) {
+  return static_cast<gchar_t>(lead | trail << 8);
+}
+
+inline gchar_t loadUnit(const Byte* from) {
+  gchar_t unit;
+  std::memcpy(&unit, from, sizeof unit);
+  return unit;
+}
+
+inline void storeUnit(char* to, gchar_t unit) { std::memcpy(to, &unit, sizeof unit); }
+
+inline constexpr Byte leadOf(gchar_t unit) { return static_cast<Byte>(unit & 0xFF); }
+inline constexpr Byte trailOf(gchar_t unit) { return static_cast<Byte>(unit >> 8); }
+
+// A byte that starts a double-byte character in Big5 and GBK text: 81..FE.
+inline constexpr bool isLeadByte(Byte b) { return static_cast<Byte>(b - 0x81) <= 0xFE - 0x81; }
+inline constexpr bool isAscii(Byte b) { return b < 0x80; }
+
+inline const Byte* bytesOf(const char* text) { return reinterpret_cast<const Byte*>(text); }
+
+}  // namespace sgbk
+
+#endif

@@ -1,0 +1,16 @@
+// gchar2big5: GBK text to Big5, folded to half-width on the way.
+
+#include "fold/fold_to_fit.h"
+#include "sgbk/EncodingConvertor.h"
+
+int EncodingConvertor::gchar2big5(const char* src, char* dest, int destlen, bool ifcase) {
+  using namespace sgbk;
+  constexpr Byte kLowestTrail = 0x80;
+  const gchar_t* const table = pu16g2btbl;
+  return foldToFit<Room::forAnyCharacter>(
+      TerminatedInput(src), dest, destlen, kLowestTrail, [=](TerminatedInput& in) {
+        // Other alphabets keep their case: the table is asked for the pair as read.
+        return foldNext<SpaceTab::merged, Yen::dollar>(
+            in, ifcase, [table](gchar_t pair, gchar_t) { return table[pair]; });
+      });
+}

@@ -1,0 +1,54 @@
+// decodelibpage: page text to half-width, its full-width markup characters escaped.
+
+#include <algorithm>
+#include <climits>
+#include <string_view>
+
+#include "fold/fold_step.h"
+#include "sgbk/EncodingConvertor.h"
+
+namespace {
+
+// The character reference for a full-width markup character, empty for any other one.
+std::string_view referenceFor(gchar_t pair) {
+  switch (pair) {
+    case sgbk::unitOf(0xA3, 0xA6): return "&amp;";
+    case sgbk::unitOf(0xA3, 0xBC): return "&lt;";
+    case sgbk::unitOf(0xA3, 0xBE): return "&gt;";
+    default: return {};
+  }
+}
+
+}  // namespace
+
+int decodelibpage(const char* src, size_t srclen, char* dest, size_t destsize, bool ifcase) {
+  using namespace sgbk;
+  constexpr std::size_t kReserved = 2;
+  if (destsize <= kReserved) return -1;
+  // The result counts the bytes in an int.
+  const std::size_t limit = std::min(destsize - kReserved, std::size_t{INT_MAX});
+  CountedInput in(src, srclen);
+  std::size_t length = 0;
+  while (!in.atEnd() && length < limit) {
+    if (in.hasPair()) {
+      const gchar_t pair = loadUnit(in.p);
+      if (pair == DESCRIPTION_CONTENT_SEPARATOR) {
+        in.p += 2;
+        continue;
+      }
+      if (const auto reference = referenceFor(pair); !reference.empty()) {
+        if (reference.size() > limit - length) return -1;
+        length += reference.copy(dest + length, reference.size());
+        in.p += 2;
+        continue;
+      }
+    }
+    const Folded folded = foldNext<SpaceTab::kept, Yen::kept>(
+        in, ifcase, [](gchar_t, gchar_t lowered) { return lowered; });
+    // A double-byte character may fill the first reserved byte; the text is too long then.
+    for (int i = 0; i < folded.size; ++i) dest[length++] = static_cast<char>(folded.bytes[i]);
+  }
+  if (length >= limit) return -1;
+  dest[length] = '\0';
+  return static_cast<int>(length);
+}

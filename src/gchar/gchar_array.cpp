@@ -1,0 +1,80 @@
+// GBK text to arrays of gchar_t.
+
+#include "core/ascii_overlay.h"
+#include "core/undefined_codes.h"
+#include "sgbk/EncodingConvertor.h"
+
+using sgbk::Byte;
+
+namespace {
+
+enum class Dropped { nothing, separators };
+
+// FD A1 and FD A2 separate cached pieces of text; they are no characters of it.
+bool isSeparator(gchar_t code) {
+  return code == sgbk::unitOf(0xFD, 0xA1) || code == sgbk::unitOf(0xFD, 0xA2);
+}
+
+// The loop of all three conversions. `ascii` gives the unit of a single byte, `defined` that of a
+// double-byte code, undefined ones included.
+template <Dropped dropped, class Ascii, class Pair>
+int fillArray(const char* src, gchar_t* dest, int destlen, Ascii ascii, Pair pair) {
+  const Byte* in = sgbk::bytesOf(src);
+  gchar_t* out = dest;
+  gchar_t* const end = destlen > 0 ? dest + destlen : dest;
+  while (*in != 0) {
+    // Any further byte fails a full array: the terminator would not fit either.
+    if (out == end) return -1;
+    const Byte b = *in;
+    if (sgbk::isAscii(b)) {
+      *out++ = ascii(b);
+      in += 1;
+    } else if (sgbk::isLeadByte(b)) {
+      const gchar_t code = sgbk::loadUnit(in);
+      // The terminator may be a trail byte, but it still ends the text.
+      in += sgbk::trailOf(code) != 0 ? 2 : 1;
+      if (dropped == Dropped::separators && isSeparator(code)) continue;
+      *out++ = pair(code);
+    } else {
+      in += 1;
+    }
+  }
+  if (out == end) return -1;
+  *out = 0;
+  return static_cast<int>(out - dest);
+}
+
+// Lower-casing follows the mapping. The outcomes for single bytes are known beforehand.
+constexpr sgbk::AsciiRow kFoldedAscii =
+    sgbk::asciiRow([](Byte c) { return toLowerCase(sgbk::widenedAscii(c)); });
+
+template <Dropped dropped, class Pair>
+int fillArray(const char* src, gchar_t* dest, int destlen, bool ifcase, Pair pair) {
+  if (ifcase) {
+    return fillArray<dropped>(
+        src, dest, destlen, [](Byte c) { return kFoldedAscii[c]; },
+        [pair](gchar_t code) { return toLowerCase(pair(code)); });
+  }
+  return fillArray<dropped>(
+      src, dest, destlen, [](Byte c) { return sgbk::kAsciiOverlay[c]; }, pair);
+}
+
+}  // namespace
+
+int EncodingConvertor::t2sgchar(const char* src, gchar_t* dest, int destlen, bool ifcase) {
+  return sgbk::withSimplifiedLookup(pu16t2stbl, [=](auto simplified) {
+    return fillArray<Dropped::nothing>(src, dest, destlen, ifcase, simplified);
+  });
+}
+
+int EncodingConvertor::t2sgchar_cache(const char* src, gchar_t* dest, int destlen, bool ifcase) {
+  return sgbk::withSimplifiedLookup(pu16t2stbl, [=](auto simplified) {
+    return fillArray<Dropped::separators>(src, dest, destlen, ifcase, simplified);
+  });
+}
+
+int EncodingConvertor::dbc2gchar(const char* src, gchar_t* dest, int destlen, bool ifcase) {
+  return fillArray<Dropped::nothing>(src, dest, destlen, ifcase, [](gchar_t code) {
+    return isGBKUndefinedChar(code) ? CHINESE_SPACE_CHAR : code;
+  });
+}

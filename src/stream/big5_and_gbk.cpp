@@ -1,0 +1,52 @@
+// Big5 and traditional GBK to double-byte simplified GBK.
+
+#include "core/undefined_codes.h"
+#include "sgbk/EncodingConvertor.h"
+#include "stream/unit_output.h"
+
+using sgbk::Byte;
+
+namespace {
+
+// The loop of both conversions. `ascii` is the table whose first entries are the widened ASCII
+// characters; `lookup` gives the unit for a double-byte code.
+template <class Lookup>
+int convertPairs(const char* src, int srclen, char* dest, int destlen, const gchar_t* ascii,
+                 Lookup lookup) {
+  if (srclen <= 0) return 0;
+  sgbk::UnitOutput out(dest, destlen);
+  const Byte* in = sgbk::bytesOf(src);
+  const Byte* const end = in + srclen;
+  // A step reads two bytes and writes one unit at most, so this many need no test of the ends.
+  while (std::ptrdiff_t steps = std::min((end - in) / 2, out.room())) {
+    do {
+      const Byte b = *in;
+      if (sgbk::isAscii(b)) {
+        out.write(ascii[b]);
+        in += 1;
+      } else if (sgbk::isLeadByte(b)) {
+        out.write(lookup(sgbk::loadUnit(in)));
+        in += 2;
+      } else {
+        in += 1;
+      }
+    } while (--steps != 0);
+  }
+  // Without room, or with a single byte left: a lead byte there has no character to give.
+  if (in != end && out.room() > 0 && sgbk::isAscii(*in)) out.write(ascii[*in]);
+  return out.written();
+}
+
+}  // namespace
+
+int EncodingConvertor::b52sgbk(const char* src, int srclen, char* dest, int destlen) {
+  const gchar_t* const table = pu16b2gtbl;
+  return convertPairs(src, srclen, dest, destlen, table,
+                      [table](gchar_t code) { return table[code]; });
+}
+
+int EncodingConvertor::t2sgbk(const char* src, int srclen, char* dest, int destlen) {
+  return sgbk::withSimplifiedLookup(pu16t2stbl, [&](auto lookup) {
+    return convertPairs(src, srclen, dest, destlen, pu16t2stbl, lookup);
+  });
+}

@@ -1,0 +1,20 @@
+// What the conversions from Unicode drop.
+
+#ifndef SGBK_STREAM_UNICODE_TABLE_H
+#define SGBK_STREAM_UNICODE_TABLE_H
+
+#include "sgbk/EncodingConvertor.h"
+
+namespace sgbk {
+
+// The table's entry for a code point without a GBK form.
+inline constexpr gchar_t kUnmapped = 0x3F3F;
+inline constexpr unsigned short kByteOrderMark = 0xFEFF;
+
+inline bool isWritten(unsigned short codePoint, gchar_t entry) {
+  return entry != kUnmapped && codePoint != kByteOrderMark;
+}
+
+}  // namespace sgbk
+
+#endif
