@@ -1,0 +1,300 @@
+// Composes the mapping texts into the images that the table library carries.
+//
+//     make_tables MAPPINGS_DIR OUTPUT_DIR
+//
+// data/README.md tells what each image holds and why.
+
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sgbk/support.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Two-byte codes are kept lead byte first, as people write them; images are indexed and filled by
+// unit, lead + 256 * trail. No code is 0, which therefore stands for "none".
+using Code = unsigned;
+using Character = char32_t;
+using CharacterMap = std::map<Character, Character>;
+using Image = std::array<unsigned char, 0x20000>;
+
+constexpr Code kSpace = 0xA1A1;        // GBK: for Big5 and GBK input that is no character
+constexpr Code kNoForm = 0x3F3F;       // GBK: marks a code point without a form
+constexpr Code kBig5Missing = 0xA1BC;  // Big5: white square, for a character that it lacks
+constexpr Code kBig5Space = 0xA140;    // Big5: for an index that is no cell
+constexpr int kLongestChain = 8;
+
+constexpr Code swapBytes(Code code) {
+  return (code & 0xFF) << 8 | code >> 8;
+}
+
+constexpr bool isGbkCell(Code code) {
+  const Code lead = code >> 8;
+  const Code trail = code & 0xFF;
+  return lead >= 0x81 && lead <= 0xFE && trail >= 0x40 && trail <= 0xFE && trail != 0x7F &&
+         !isGBKUndefinedChar(static_cast<gchar_t>(swapBytes(code)));
+}
+
+// Below and above lie the Hong Kong rows, which many readers of Big5 do not know.
+constexpr bool isCommonBig5(Code code) {
+  return code >= 0xA140 && code <= 0xF9FE;
+}
+
+using Fields = std::vector<std::string>;
+
+Code parseHex(std::string_view text) {
+  Code value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
+  if (text.empty() || error != std::errc{} || end != text.data() + text.size())
+    throw std::runtime_error("not a hexadecimal number: " + std::string(text));
+  return value;
+}
+
+Code parseCode(const std::string& text) {
+  const Code code = parseHex(text);
+  if (text.size() != 4) throw std::runtime_error("not a two-byte code: " + text);
+  return code;
+}
+
+// A character is given as itself, in UTF-8, or as U+1234.
+Character parseCharacter(const std::string& text) {
+  if (text.starts_with("U+")) return parseHex(std::string_view(text).substr(2));
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const std::size_t size = text.size();
+  if (size != 3 && size != 4) throw std::runtime_error("not one ideograph or U+ number: " + text);
+  Character c = size == 3 ? byte(0) ^ 0xE0u : byte(0) ^ 0xF0u;
+  bool wellFormed = c < (size == 3 ? 0x10u : 0x08u);
+  for (std::size_t i = 1; i < size; ++i) {
+    wellFormed = wellFormed && (byte(i) & 0xC0u) == 0x80u;
+    c = c << 6 | (byte(i) & 0x3Fu);
+  }
+  if (!wellFormed) throw std::runtime_error("not one character in UTF-8: " + text);
+  return c;
+}
+
+// Calls `use` with the tab-separated fields of each line; names the line when it is refused.
+void readLines(const fs::path& path, std::size_t fieldCount,
+               const std::function<void(const Fields&)>& use) {
+  std::ifstream in(path);
+  if (!in) throw std::runtime_error(path.string() + ": cannot be opened");
+  std::string line;
+  for (int number = 1; std::getline(in, line); ++number) {
+    if (line.empty() || line[0] == '#') continue;
+    Fields fields(1);
+    for (const char c : line) {
+      if (c == '\t')
+        fields.emplace_back();
+      else
+        fields.back() += c;
+    }
+    try {
+      if (fields.size() < fieldCount) throw std::runtime_error("fields are missing");
+      use(fields);
+    } catch (const std::runtime_error& error) {
+      throw std::runtime_error(path.string() + ":" + std::to_string(number) + ": " + error.what());
+    }
+  }
+  if (in.bad()) throw std::runtime_error(path.string() + ": cannot be read");
+}
+
+template <class Key>
+void addOnce(std::map<Key, Character>& map, Key key, Character value) {
+  if (!map.emplace(key, value).second) throw std::runtime_error("given twice in this file");
+}
+
+CharacterMap readPairs(const fs::path& path) {
+  CharacterMap map;
+  readLines(path, 2,
+            [&](const Fields& f) { addOnce(map, parseCharacter(f[0]), parseCharacter(f[1])); });
+  return map;
+}
+
+std::map<Code, Character> readCodes(const fs::path& path, bool (*isCode)(Code)) {
+  std::map<Code, Character> map;
+  readLines(path, 2, [&](const Fields& f) {
+    const Code code = parseCode(f[0]);
+    if (!isCode(code)) throw std::runtime_error("no code of this encoding: " + f[0]);
+    addOnce(map, code, parseCharacter(f[1]));
+  });
+  return map;
+}
+
+bool isBig5Code(Code code) {
+  const Code lead = code >> 8;
+  const Code trail = code & 0xFF;
+  return lead >= 0x81 && lead <= 0xFE &&
+         ((trail >= 0x40 && trail <= 0x7E) || (trail >= 0xA1 && trail <= 0xFE));
+}
+
+template <class Map>
+typename Map::mapped_type find(const Map& map, const typename Map::key_type& key) {
+  const auto found = map.find(key);
+  return found == map.end() ? typename Map::mapped_type{} : found->second;
+}
+
+class Tables {
+ public:
+  explicit Tables(const fs::path& dir)
+      : gbk_(readCodes(dir / "gbk.tsv", isGbkCell)),
+        big5_(readCodes(dir / "big5.tsv", isBig5Code)),
+        simplified_(readPairs(dir / "simplified.tsv")),
+        unicodeForms_(readPairs(dir / "unicode_forms.tsv")),
+        traditional_(readPairs(dir / "traditional.tsv")),
+        big5Variants_(readPairs(dir / "big5_variants.tsv")) {
+    for (const auto& [code, c] : gbk_)
+      cellOf_.emplace(c, code);
+    for (const bool common : {true, false}) {
+      for (const auto& [code, c] : big5_) {
+        if (isCommonBig5(code) == common) big5CodeOf_.emplace(c, code);
+      }
+    }
+    readLines(dir / "choices.tsv", 4, [&](const Fields& f) { choose(f); });
+    for (const auto& [c, target] : simplified_) {
+      if (!cellOf_.contains(target))
+        throw std::runtime_error("simplified.tsv: no cell holds the form of " + name(c));
+    }
+  }
+
+  // The cell of the simplified form of a character, or of one that stands for it.
+  Code simplifiedCell(Character c) const {
+    for (int step = 0; step < kLongestChain; ++step) {
+      if (c == 0x20) c = 0x3000;
+      if (c > 0x20 && c < 0x7F) c += 0xFEE0;
+      if (const Character form = find(simplified_, c)) c = form;
+      if (const Code cell = find(cellOf_, c)) return cell;
+      c = find(unicodeForms_, c);
+      if (c == 0) return 0;
+    }
+    throw std::runtime_error("forms go round in a circle at " + name(c));
+  }
+
+  Code fromBig5(Code code) const {
+    const Character c = find(big5_, code);
+    const Character exception = find(big5Exceptions_, c);
+    const Code cell = c == 0 ? 0 : simplifiedCell(exception ? exception : c);
+    return cell ? cell : kSpace;
+  }
+
+  // A cell without a character stays as it is.
+  Code fromTraditional(Code code) const {
+    const Character c = find(gbk_, code);
+    return c ? simplifiedCell(c) : isGbkCell(code) ? code : kSpace;
+  }
+
+  Code fromUnicode(Character c) const {
+    const Code cell = simplifiedCell(c);
+    return cell ? cell : kNoForm;
+  }
+
+  Code toBig5(Code code, bool traditionalFirst) const {
+    const Character c = find(gbk_, code);
+    if (c == 0) return isGbkCell(code) ? kBig5Missing : kBig5Space;
+    std::array<Character, 3> forms{c, find(traditional_, c), find(big5Variants_, c)};
+    if (traditionalFirst && !keepsOwn_.contains(c)) std::swap(forms[0], forms[1]);
+    for (const bool common : {true, false}) {
+      for (const Character form : forms) {
+        const Code found = find(big5CodeOf_, form);
+        if (found && isCommonBig5(found) == common) return found;
+      }
+    }
+    return kBig5Missing;
+  }
+
+ private:
+  static std::string name(Character c) {
+    std::array<char, 16> text{};
+    std::snprintf(text.data(), text.size(), "U+%04X", static_cast<unsigned>(c));
+    return text.data();
+  }
+
+  void choose(const Fields& f) {
+    const std::string& scope = f[0];
+    const Character to = parseCharacter(f[2]);
+    if (f[3].empty()) throw std::runtime_error("a choice needs its reason");
+    if (scope == "big5_code") {
+      if (find(big5_, parseCode(f[1])) != to) throw std::runtime_error("not in big5.tsv");
+      big5CodeOf_[to] = parseCode(f[1]);
+      return;
+    }
+    const Character from = parseCharacter(f[1]);
+    if (scope == "simplified") {
+      simplified_[from] = to;
+    } else if (scope == "big5") {
+      addOnce(big5Exceptions_, from, to);
+    } else if (scope == "unicode") {
+      unicodeForms_[from] = to;
+    } else if (scope == "to_big5") {
+      big5Variants_[from] = to;
+    } else if (scope == "keep") {
+      keepsOwn_.insert(from);
+    } else {
+      throw std::runtime_error("unknown scope: " + scope);
+    }
+  }
+
+  std::map<Code, Character> gbk_, big5_;
+  CharacterMap simplified_, unicodeForms_, traditional_, big5Variants_, big5Exceptions_;
+  std::set<Character> keepsOwn_;
+  std::map<Character, Code> cellOf_, big5CodeOf_;
+};
+
+void writeImage(const fs::path& path, const std::function<Code(Code)>& entry) {
+  Image image;
+  for (Code index = 0; index < 0x10000; ++index) {
+    const Code code = entry(index);
+    image[2 * index] = static_cast<unsigned char>(code >> 8);
+    image[2 * index + 1] = static_cast<unsigned char>(code & 0xFF);
+  }
+  std::ofstream out(path, std::ios::binary);
+  out.write(reinterpret_cast<const char*>(image.data()), image.size());
+  out.close();
+  if (!out) throw std::runtime_error(path.string() + ": cannot be written");
+}
+
+// A single byte stands for the ASCII character; the library lays its own ASCII row over these.
+template <class Convert>
+auto withAscii(const Tables& tables, Convert convert) {
+  return [&tables, convert](Code unit) {
+    const Code ascii = unit < 0x80 ? tables.simplifiedCell(unit) : 0;
+    return ascii ? ascii : unit < 0x80 ? kSpace : convert(unit);
+  };
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 3) {
+    std::fprintf(stderr, "usage: make_tables MAPPINGS_DIR OUTPUT_DIR\n");
+    return 2;
+  }
+  try {
+    const Tables tables(argv[1]);
+    const fs::path output(argv[2]);
+    writeImage(output / "big52sgbk.ctb",
+               withAscii(tables, [&](Code unit) { return tables.fromBig5(swapBytes(unit)); }));
+    writeImage(output / "gbkt2s.ctb", withAscii(tables, [&](Code unit) {
+                 return tables.fromTraditional(swapBytes(unit));
+               }));
+    writeImage(output / "uc2sgbk.ctb",
+               withAscii(tables, [&](Code unit) { return tables.fromUnicode(unit); }));
+    writeImage(output / "gbk2big5.ctb",
+               [&](Code unit) { return tables.toBig5(swapBytes(unit), false); });
+    writeImage(output / "gbk2big5_traditional_first.ctb",
+               [&](Code unit) { return tables.toBig5(swapBytes(unit), true); });
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "make_tables: %s\n", error.what());
+    return 1;
+  }
+}
