@@ -117,9 +117,9 @@ def is_ideograph(c):
     return (0x3400 <= c <= 0x9FFF or c >= 0x20000) and not is_compatibility_ideograph(c)
 
 
-def plain(code):
-    """Not one of the Hong Kong rows, which many readers of Big5 do not know."""
-    return 0xA140 <= code <= 0xF9FE
+def is_common(code):
+    """In the rows that every reader of Big5 knows, as make_tables has it."""
+    return 0xA140 <= code <= 0xC67E or 0xC940 <= code <= 0xF9FE
 
 
 def gbk_cells(index):
@@ -177,7 +177,7 @@ def unicode_forms(known, wanted, simplified, chosen, ucd, radicals, cells):
 
 def box_directions(name):
     """The ends of a box-drawing character's lines, its weights and dashes left aside."""
-    words = set(re.findall("UP|DOWN|LEFT|RIGHT|VERTICAL|HORIZONTAL", name))
+    words = set(re.findall(r"\b(?:UP|DOWN|LEFT|RIGHT|VERTICAL|HORIZONTAL)\b", name))
     return frozenset(words - {"VERTICAL", "HORIZONTAL"}
                      | ({"UP", "DOWN"} if "VERTICAL" in words else set())
                      | ({"LEFT", "RIGHT"} if "HORIZONTAL" in words else set()))
@@ -186,7 +186,7 @@ def box_directions(name):
 def big5_targets(known, big5, sources, ucd):
     """The traditional forms, and the other forms of characters that have neither Big5 code nor a
     traditional form with one."""
-    in_rows = {c for code, c in big5.items() if plain(code)}
+    in_rows = {c for code, c in big5.items() if is_common(code)}
     anywhere = set(big5.values())
     st, ts = sources.dictionary("STCharacters.txt"), sources.dictionary("TSCharacters.txt")
     tw = sources.dictionary("TWVariants.txt")
@@ -208,9 +208,12 @@ def big5_targets(known, big5, sources, ucd):
                 traditional[c] = (target, "")
 
     light = {box_directions(n): c for c, (n, _, _) in ucd.items()
-             if n.startswith("BOX DRAWINGS LIGHT") and "ARC" not in n and "DASH" not in n}
+             if re.fullmatch("BOX DRAWINGS LIGHT [A-Z]+( AND [A-Z]+)?", n)}
     fields = {f: sources.variants(f)
               for f in ("kTraditionalVariant", "kZVariant", "kSemanticVariant")}
+    # Of like meaning only: worse than the character itself in the rows of Hong Kong.
+    for c in anywhere:
+        fields["kSemanticVariant"].pop(c, None)
     others = {}
     for c in sorted(known):
         if c in in_rows or traditional.get(c, (0,))[0] in in_rows:

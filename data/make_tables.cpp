@@ -5,18 +5,15 @@
 // data/README.md tells what each image holds and why.
 
 #include <array>
-#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
-#include <set>
 #include <stdexcept>
 #include <string>
-#include <string_view>
-#include <vector>
 
+#include "mapping_text.h"
 #include "sgbk/support.h"
 
 namespace {
@@ -25,9 +22,6 @@ namespace fs = std::filesystem;
 
 // Two-byte codes are kept lead byte first, as people write them; images are indexed and filled by
 // unit, lead + 256 * trail. No code is 0, which therefore stands for "none".
-using Code = unsigned;
-using Character = char32_t;
-using CharacterMap = std::map<Character, Character>;
 using Image = std::array<unsigned char, 0x20000>;
 
 constexpr Code kSpace = 0xA1A1;        // GBK: for Big5 and GBK input that is no character
@@ -36,9 +30,7 @@ constexpr Code kBig5Missing = 0xA1BC;  // Big5: white square, for a character th
 constexpr Code kBig5Space = 0xA140;    // Big5: for an index that is no cell
 constexpr int kLongestChain = 8;
 
-constexpr Code swapBytes(Code code) {
-  return (code & 0xFF) << 8 | code >> 8;
-}
+constexpr Code swapBytes(Code code) { return (code & 0xFF) << 8 | code >> 8; }
 
 constexpr bool isGbkCell(Code code) {
   const Code lead = code >> 8;
@@ -47,88 +39,10 @@ constexpr bool isGbkCell(Code code) {
          !isGBKUndefinedChar(static_cast<gchar_t>(swapBytes(code)));
 }
 
-// Below and above lie the Hong Kong rows, which many readers of Big5 do not know.
+// Every reader of Big5 knows these. Between them lie later additions, with radicals that look like
+// simplified characters (U+5E7F, U+65E0); below and above, the rows of Hong Kong.
 constexpr bool isCommonBig5(Code code) {
-  return code >= 0xA140 && code <= 0xF9FE;
-}
-
-using Fields = std::vector<std::string>;
-
-Code parseHex(std::string_view text) {
-  Code value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
-  if (text.empty() || error != std::errc{} || end != text.data() + text.size())
-    throw std::runtime_error("not a hexadecimal number: " + std::string(text));
-  return value;
-}
-
-Code parseCode(const std::string& text) {
-  const Code code = parseHex(text);
-  if (text.size() != 4) throw std::runtime_error("not a two-byte code: " + text);
-  return code;
-}
-
-// A character is given as itself, in UTF-8, or as U+1234.
-Character parseCharacter(const std::string& text) {
-  if (text.starts_with("U+")) return parseHex(std::string_view(text).substr(2));
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const std::size_t size = text.size();
-  if (size != 3 && size != 4) throw std::runtime_error("not one ideograph or U+ number: " + text);
-  Character c = size == 3 ? byte(0) ^ 0xE0u : byte(0) ^ 0xF0u;
-  bool wellFormed = c < (size == 3 ? 0x10u : 0x08u);
-  for (std::size_t i = 1; i < size; ++i) {
-    wellFormed = wellFormed && (byte(i) & 0xC0u) == 0x80u;
-    c = c << 6 | (byte(i) & 0x3Fu);
-  }
-  if (!wellFormed) throw std::runtime_error("not one character in UTF-8: " + text);
-  return c;
-}
-
-// Calls `use` with the tab-separated fields of each line; names the line when it is refused.
-void readLines(const fs::path& path, std::size_t fieldCount,
-               const std::function<void(const Fields&)>& use) {
-  std::ifstream in(path);
-  if (!in) throw std::runtime_error(path.string() + ": cannot be opened");
-  std::string line;
-  for (int number = 1; std::getline(in, line); ++number) {
-    if (line.empty() || line[0] == '#') continue;
-    Fields fields(1);
-    for (const char c : line) {
-      if (c == '\t')
-        fields.emplace_back();
-      else
-        fields.back() += c;
-    }
-    try {
-      if (fields.size() < fieldCount) throw std::runtime_error("fields are missing");
-      use(fields);
-    } catch (const std::runtime_error& error) {
-      throw std::runtime_error(path.string() + ":" + std::to_string(number) + ": " + error.what());
-    }
-  }
-  if (in.bad()) throw std::runtime_error(path.string() + ": cannot be read");
-}
-
-template <class Key>
-void addOnce(std::map<Key, Character>& map, Key key, Character value) {
-  if (!map.emplace(key, value).second) throw std::runtime_error("given twice in this file");
-}
-
-CharacterMap readPairs(const fs::path& path) {
-  CharacterMap map;
-  readLines(path, 2,
-            [&](const Fields& f) { addOnce(map, parseCharacter(f[0]), parseCharacter(f[1])); });
-  return map;
-}
-
-std::map<Code, Character> readCodes(const fs::path& path, bool (*isCode)(Code)) {
-  std::map<Code, Character> map;
-  readLines(path, 2, [&](const Fields& f) {
-    const Code code = parseCode(f[0]);
-    if (!isCode(code)) throw std::runtime_error("no code of this encoding: " + f[0]);
-    addOnce(map, code, parseCharacter(f[1]));
-  });
-  return map;
+  return (code >= 0xA140 && code <= 0xC67E) || (code >= 0xC940 && code <= 0xF9FE);
 }
 
 bool isBig5Code(Code code) {
@@ -153,8 +67,7 @@ class Tables {
         unicodeForms_(readPairs(dir / "unicode_forms.tsv")),
         traditional_(readPairs(dir / "traditional.tsv")),
         big5Variants_(readPairs(dir / "big5_variants.tsv")) {
-    for (const auto& [code, c] : gbk_)
-      cellOf_.emplace(c, code);
+    for (const auto& [code, c] : gbk_) cellOf_.emplace(c, code);
     for (const bool common : {true, false}) {
       for (const auto& [code, c] : big5_) {
         if (isCommonBig5(code) == common) big5CodeOf_.emplace(c, code);
@@ -201,13 +114,16 @@ class Tables {
   Code toBig5(Code code, bool traditionalFirst) const {
     const Character c = find(gbk_, code);
     if (c == 0) return isGbkCell(code) ? kBig5Missing : kBig5Space;
-    std::array<Character, 3> forms{c, find(traditional_, c), find(big5Variants_, c)};
-    if (traditionalFirst && !keepsOwn_.contains(c)) std::swap(forms[0], forms[1]);
-    for (const bool common : {true, false}) {
-      for (const Character form : forms) {
-        const Code found = find(big5CodeOf_, form);
-        if (found && isCommonBig5(found) == common) return found;
-      }
+    const std::array<Character, 3> ownFirst{c, find(traditional_, c), find(big5Variants_, c)};
+    auto forms = ownFirst;
+    // Traditional text keeps the characters it has, whatever other form Taiwan prefers.
+    if (traditionalFirst && simplifiedCell(c) == code) std::swap(forms[0], forms[1]);
+    for (const Character form : forms) {
+      const Code found = find(big5CodeOf_, form);
+      if (isCommonBig5(found)) return found;
+    }
+    for (const Character form : ownFirst) {
+      if (const Code found = find(big5CodeOf_, form)) return found;
     }
     return kBig5Missing;
   }
@@ -228,25 +144,19 @@ class Tables {
       big5CodeOf_[to] = parseCode(f[1]);
       return;
     }
-    const Character from = parseCharacter(f[1]);
-    if (scope == "simplified") {
-      simplified_[from] = to;
-    } else if (scope == "big5") {
-      addOnce(big5Exceptions_, from, to);
-    } else if (scope == "unicode") {
-      unicodeForms_[from] = to;
-    } else if (scope == "to_big5") {
-      big5Variants_[from] = to;
-    } else if (scope == "keep") {
-      keepsOwn_.insert(from);
-    } else {
-      throw std::runtime_error("unknown scope: " + scope);
-    }
+    static const std::map<std::string, CharacterMap Tables::*> scopes{
+        {"simplified", &Tables::simplified_},
+        {"big5", &Tables::big5Exceptions_},
+        {"unicode", &Tables::unicodeForms_},
+        {"traditional", &Tables::traditional_},
+        {"to_big5", &Tables::big5Variants_}};
+    const auto map = scopes.find(scope);
+    if (map == scopes.end()) throw std::runtime_error("unknown scope: " + scope);
+    (this->*map->second)[parseCharacter(f[1])] = to;
   }
 
   std::map<Code, Character> gbk_, big5_;
   CharacterMap simplified_, unicodeForms_, traditional_, big5Variants_, big5Exceptions_;
-  std::set<Character> keepsOwn_;
   std::map<Character, Code> cellOf_, big5CodeOf_;
 };
 
