@@ -1,0 +1,399 @@
+#include "support/twins.h"
+
+#include <cctype>
+#include <cstring>
+
+extern "C" {
+extern const unsigned char _binary_data_big52sgbk_ctb_start[131072];
+extern const unsigned char _binary_data_gbkt2s_ctb_start[131072];
+extern const unsigned char _binary_data_uc2sgbk_ctb_start[131072];
+extern const unsigned char _binary_data_gbk2big5_ctb_start[131072];
+}
+
+namespace sgbk_test {
+namespace {
+
+gchar_t pairOf(int lead, int trail) { return static_cast<gchar_t>(lead + 256 * trail); }
+
+Table load(const unsigned char* image, bool overlay) {
+  Table table(65536);
+  for (size_t i = 0; i < table.size(); ++i) table[i] = pairOf(image[2 * i], image[2 * i + 1]);
+  if (!overlay) return table;
+  for (int c = 0; c < 0x80; ++c) {
+    table[static_cast<size_t>(c)] = c > 0x20 && c < 0x7E ? pairOf(0xA3, c + 0x80) : 0xA1A1;
+  }
+  table[0] = 0;
+  table[1] = 0x2001;
+  table['\n'] = table['\r'] = 0xA3FD;
+  table['$'] = 0xE7A1;
+  table['~'] = 0xABA1;
+  return table;
+}
+
+int at(const std::string& s, size_t i) { return static_cast<unsigned char>(s[i]); }
+
+struct Writer {
+  Destination to;
+  std::string dest = std::string(static_cast<size_t>(to.size > 0 ? to.size : 0), to.fill);
+  long n = 0;
+  void byte(int b) { dest.at(static_cast<size_t>(n++)) = static_cast<char>(b); }
+  void unit(gchar_t u) { byte(u & 0xFF), byte(u >> 8); }
+  bool has(long bytes) const { return to.size - n >= bytes; }
+  Outcome done(long result) { return {result, dest}; }
+};
+
+}  // namespace
+
+#define TABLE(function, image, overlay)              \
+  const Table& function() {                          \
+    static const Table table = load(image, overlay); \
+    return table;                                    \
+  }
+TABLE(big5Table, _binary_data_big52sgbk_ctb_start, true)
+TABLE(simplifiedTable, _binary_data_gbkt2s_ctb_start, true)
+TABLE(unicodeTable, _binary_data_uc2sgbk_ctb_start, true)
+TABLE(toBig5Table, _binary_data_gbk2big5_ctb_start, false)
+
+Outcome twinPairs(Stream kind, const std::string& src, Destination to) {
+  Writer out{to};
+  for (size_t i = 0; i < src.size() && out.has(2);) {
+    const int b = at(src, i);
+    if (b <= 0x7F) {
+      out.unit(kind == Stream::big5 ? big5Table()[b] : simplifiedTable()[b]);
+      i += 1;
+    } else if (b == 0x80 || b == 0xFF) {
+      i += 1;
+    } else if (i + 1 == src.size()) {
+      break;
+    } else {
+      const gchar_t code = pairOf(b, at(src, i + 1));
+      out.unit(kind == Stream::big5       ? big5Table()[code]
+               : isGBKUndefinedChar(code) ? CHINESE_SPACE_CHAR
+                                          : simplifiedTable()[code]);
+      i += 2;
+    }
+  }
+  return out.done(out.n);
+}
+
+Outcome twinUcs2(bool doubleByte, const std::string& src, Destination to) {
+  Writer out{to};
+  for (size_t i = 0; i + 1 < src.size() && out.has(doubleByte ? 2 : 1); i += 2) {
+    const gchar_t u = pairOf(at(src, i), at(src, i + 1));
+    if (u <= 0x7F && !doubleByte) {
+      out.byte(u);
+    } else if (u != 0xFEFF && unicodeTable()[u] != 0x3F3F) {
+      if (!out.has(2)) break;
+      out.unit(unicodeTable()[u]);
+    }
+  }
+  return out.done(out.n);
+}
+
+Outcome twinUtf8(const std::string& src, Destination to) {
+  Writer out{to};
+  const size_t size = src.size();
+  bool ifCurrentASCII = false;
+  const auto continuation = [&](size_t i) { return i < size && (at(src, i) & 0xC0) == 0x80; };
+  const auto group = [&](size_t i) {
+    const auto code = static_cast<gchar_t>((at(src, i) & 15) * 4096 + (at(src, i + 1) & 63) * 64 +
+                                           (at(src, i + 2) & 63));
+    if (code != 0xFEFF && unicodeTable()[code] != 0x3F3F) out.unit(unicodeTable()[code]);
+  };
+  for (size_t i = 0; i < size && out.has(2);) {
+    const int b0 = at(src, i);
+    if (b0 >= 0xC0 && b0 <= 0xDF) {
+      if (i + 1 == size) break;
+      const gchar_t entry = unicodeTable()[(b0 & 31) * 64 + (at(src, i + 1) & 63)];
+      if (entry != 0x3F3F) out.unit(entry);
+      i += 2;
+    } else if (b0 >= 0xE0 && b0 <= 0xEF) {
+      if (size - i < 3) break;
+      if (!continuation(i + 1)) {
+        i += 3;
+      } else if ((at(src, i + 2) & 0xF0) == 0xE0 && size - i >= 5 && continuation(i + 3) &&
+                 continuation(i + 4)) {
+        group(i + 2);
+        i += 5;
+      } else {
+        group(i);
+        i += 3;
+      }
+    } else {
+      if (b0 <= 0x7F) ifCurrentASCII = true;
+      const bool tried = (b0 >= 0x80 && !ifCurrentASCII) || continuation(i + 1);
+      if (tried && size - i >= 3 && continuation(i + 1) && continuation(i + 2)) {
+        group(i);
+        i += 3;
+      } else {
+        if (ifCurrentASCII) out.unit(unicodeTable()[b0]);
+        i += 1;
+      }
+    }
+  }
+  return out.done(out.n);
+}
+
+Outcome twinHz(const std::string& src, Destination to) {
+  Writer out{to};
+  bool ascii = true;
+  for (size_t i = 0; i < src.size() && out.has(2);) {
+    const int b = at(src, i);
+    const bool last = i + 1 == src.size();
+    const int c = last ? -1 : at(src, i + 1);
+    if (last && (b == '~' || !ascii)) break;
+    if (b == '~') {
+      if (ascii && c == '{') {
+        ascii = false;
+      } else if (ascii && c == '~') {
+        out.unit(0xABA1);
+      } else if (ascii && c == '\n') {
+        out.unit(0xA3FD);
+      } else if (!ascii && c == '}') {
+        ascii = true;
+      }
+      i += 2;
+    } else if (!ascii) {
+      const gchar_t code = pairOf(b | 0x80, c | 0x80);
+      out.unit(isGBKUndefinedChar(code) ? CHINESE_SPACE_CHAR : simplifiedTable()[code]);
+      i += 2;
+    } else if (b <= 0x80 || last) {
+      out.unit(simplifiedTable()[b]);
+      i += 1;
+    } else {
+      out.unit(pairOf(b, c));
+      i += 2;
+    }
+  }
+  return out.done(out.n);
+}
+
+Outcome twinHzToGbk(const std::string& src, Destination to) {
+  Writer out{to};
+  bool ascii = true;
+  for (size_t i = 0; i < src.size() && out.has(1);) {
+    const int b = at(src, i);
+    if (ascii && b != '~') {
+      out.byte(b);
+      i += 1;
+      continue;
+    }
+    if (i + 1 == src.size()) break;
+    const int c = at(src, i + 1);
+    if (b == '~' && c == (ascii ? '{' : '}')) {
+      ascii = !ascii;
+      i += 2;
+    } else if (b == '~' && ascii && (c == '~' || c == '\n')) {
+      out.byte(c);
+      i += 2;
+    } else if (b == '~') {
+      out.byte('~');
+      i += 1;
+    } else {
+      out.byte(b | 0x80);
+      if (!out.has(1)) break;
+      out.byte(c | 0x80);
+      i += 2;
+    }
+  }
+  return out.done(out.n);
+}
+
+Outcome twinArray(Array kind, const std::string& src, Destination to, bool ifcase) {
+  to.size *= 2;
+  Writer out{to};
+  const size_t end = std::min(src.find('\0'), src.size());
+  for (size_t i = 0; i < end;) {
+    if (!out.has(2)) return out.done(-1);
+    const int b = at(src, i);
+    const int c = i + 1 < end ? at(src, i + 1) : 0;
+    gchar_t unit = pairOf(b, c);
+    if (b == 0x80 || b == 0xFF) {
+      i += 1;
+      continue;
+    }
+    if (kind == Array::cache && b == 0xFD && (c == 0xA1 || c == 0xA2)) {
+      i += 2;
+      continue;
+    }
+    if (b <= 0x7F) {
+      unit = simplifiedTable()[b];
+    } else if (isGBKUndefinedChar(unit)) {
+      unit = CHINESE_SPACE_CHAR;
+    } else if (kind != Array::dbc) {
+      unit = simplifiedTable()[unit];
+    }
+    out.unit(ifcase ? toLowerCase(unit) : unit);
+    i += b <= 0x7F ? 1 : 2;
+  }
+  if (!out.has(2)) return out.done(-1);
+  out.unit(0);
+  return out.done(out.n / 2 - 1);
+}
+
+namespace {
+
+// The truncation, on a text that has used up its room.
+Outcome cut(Writer out, int lowestTrail) {
+  long scan = out.n - 1;
+  const long guard = out.n - 4;
+  while (scan > guard && scan >= 0) {
+    scan -= at(out.dest, static_cast<size_t>(scan)) >= lowestTrail ? 2 : 1;
+  }
+  if (scan < -1) scan = -1;
+  const auto kept = [&] { return at(out.dest, static_cast<size_t>(scan)); };
+  if (scan >= 0 && isalnum(kept())) {
+    for (const long limit = std::max(0L, scan - 16); scan > limit && isalnum(kept());) --scan;
+  }
+  for (const long limit = std::max(0L, scan - 3); scan > limit && kept() == '.';) --scan;
+  out.n = scan + 1;
+  for (int dot = 0; dot < 3 && out.has(2); ++dot) out.byte('.');
+  const long result = out.n;
+  out.byte(0);
+  return out.done(result);
+}
+
+// A half-width byte or 0.
+int asciiForm(int lead, int trail, bool yenToo) {
+  if (lead == 0xA3 && trail >= 0xA1 && trail <= 0xFD && (trail != 0xA4 || yenToo)) {
+    return trail - 0x80;
+  }
+  if (lead == 0xA1 && trail == 0xAB) return 0x7E;
+  return lead == 0xA1 && trail == 0xE7 ? 0x24 : 0;
+}
+
+int lowered(int b, bool ifcase) { return ifcase && b >= 'A' && b <= 'Z' ? b + 0x20 : b; }
+
+}  // namespace
+
+Outcome twinFold(Fold kind, const std::string& src, Destination to, bool ifcase) {
+  Writer out{to};
+  if (to.size <= 0) return out.done(0);
+  const bool big5 = kind == Fold::big5;
+  const long destend = to.size - (big5 ? 2 : 1);
+  const size_t end = kind == Fold::counted ? src.size() : std::min(src.find('\0'), src.size());
+  for (size_t i = 0;;) {
+    if (i == end) {
+      const long result = out.n;
+      out.byte(0);
+      return out.done(result);
+    }
+    if (out.n >= destend) return cut(out, big5 ? 0x80 : 0x81);
+    const int b1 = at(src, i);
+    const int b2 = i + 1 < end ? at(src, i + 1) : -1;
+    const gchar_t pair = pairOf(b1, b2 < 0 ? 0 : b2);
+    if (b2 >= 0 && isgcharspace(pair)) {
+      out.byte(' ');
+      i += 2;
+    } else if (b2 >= 0 && pair == TAB_CONVERSION_CHAR) {
+      out.byte('\t');
+      i += 2;
+    } else if (b1 == 0x80 || (b1 > 0x80 && b2 < 0)) {
+      i += 1;
+    } else if (b1 < 0x80) {
+      out.byte(lowered(b1, ifcase));
+      i += 1;
+    } else {
+      const int nextch = ifcase ? toLowerCase(pair) >> 8 : b2;
+      if (const int ascii = asciiForm(b1, nextch, big5)) {
+        out.byte(ascii);
+      } else if (!big5 && out.n == destend - 1) {
+        return cut(out, 0x81);
+      } else {
+        out.unit(big5 ? toBig5Table()[pair] : pairOf(b1, nextch));
+      }
+      i += 2;
+    }
+  }
+}
+
+Outcome twinPage(const std::string& src, Destination to, bool ifcase) {
+  Writer out{to};
+  const long destend = to.size - 2;
+  for (size_t i = 0; i < src.size() && out.n < destend;) {
+    const int b1 = at(src, i);
+    const bool hasPair = i + 1 < src.size();
+    const gchar_t pair = pairOf(b1, hasPair ? at(src, i + 1) : 0);
+    const char* reference = pair == 0xA6A3   ? "&amp;"
+                            : pair == 0xBCA3 ? "&lt;"
+                            : pair == 0xBEA3 ? "&gt;"
+                                             : nullptr;
+    if (hasPair && isgcharspace(pair)) {
+      out.byte(' ');
+      i += 2;
+    } else if (hasPair && pair == DESCRIPTION_CONTENT_SEPARATOR) {
+      i += 2;
+    } else if (hasPair && reference != nullptr) {
+      if (out.n + static_cast<long>(std::strlen(reference)) > destend) return out.done(-1);
+      for (const char* c = reference; *c != 0; ++c) out.byte(*c);
+      i += 2;
+    } else if (b1 == 0x80 || (b1 > 0x80 && !hasPair)) {
+      i += 1;
+    } else if (b1 < 0x80) {
+      out.byte(lowered(b1, ifcase));
+      i += 1;
+    } else {
+      const int nextch = (ifcase ? toLowerCase(pair) : pair) >> 8;
+      if (const int ascii = asciiForm(b1, nextch, false)) {
+        out.byte(ascii);
+      } else {
+        out.unit(pairOf(b1, nextch));
+      }
+      i += 2;
+    }
+  }
+  if (out.n >= destend) return out.done(-1);
+  const long result = out.n;
+  out.byte(0);
+  return out.done(result);
+}
+
+Outcome twinTrim(bool counted, const std::string& src, Destination to) {
+  std::vector<gchar_t> in;
+  for (size_t i = 0; i + 1 < src.size(); i += 2) in.push_back(pairOf(at(src, i), at(src, i + 1)));
+  size_t end = 0;
+  while (counted ? end + 1 < in.size() : in[end] != 0) ++end;
+  const auto markOrBlank = [](gchar_t c) {
+    return isGraphChar(c) && !isShapeChar(c) && c != RETURN_CONVERSION_CHAR;
+  };
+  std::vector<gchar_t> text;
+  size_t i = 0;
+  while (i < end && (in[i] == 0 || isgcharspace(in[i]) || isShapeChar(in[i]))) ++i;
+  if (i < end) text.push_back(in[i++]);
+  while (i < end) {
+    const gchar_t c = in[i];
+    if (isgcharspace(c)) {
+      bool newline = false;
+      for (; i < end && (isgcharspace(in[i]) || isShapeChar(in[i])); ++i) {
+        newline |= in[i] == RETURN_CONVERSION_CHAR;
+      }
+      text.push_back(newline ? RETURN_CONVERSION_CHAR : CHINESE_SPACE_CHAR);
+    } else if (isShapeChar(c) || c == 0) {
+      ++i;
+    } else if (isGraphChar(c)) {
+      size_t behind = i;
+      while (behind < end && markOrBlank(in[behind])) ++behind;
+      if (behind - i >= 9) {
+        if (!isgcharspace(text.back())) text.push_back(c);
+      } else {
+        for (size_t k = i; k < behind; ++k) {
+          if (!isgcharspace(in[k])) text.push_back(in[k]);
+          if (isgcharspace(in[k]) && !isgcharspace(in[k - 1])) text.push_back(CHINESE_SPACE_CHAR);
+        }
+      }
+      i = behind;
+    } else {
+      text.push_back(c);
+      ++i;
+    }
+  }
+  // What was written and stepped back over is still there behind the terminator.
+  Writer out{to};
+  for (const gchar_t unit : text) out.unit(unit);
+  while (!text.empty() && isgcharspace(text.back())) text.pop_back();
+  out.n = static_cast<long>(2 * text.size());
+  out.unit(0);
+  return out.done(static_cast<long>(text.size()) + 1);
+}
+
+}  // namespace sgbk_test

@@ -1,0 +1,55 @@
+// The obvious twin of every conversion: one byte at a time, every bound tested, nothing shared with
+// the library but the predicates and the table images.
+
+#ifndef SGBK_TESTS_TWINS_H
+#define SGBK_TESTS_TWINS_H
+
+#include <sgbk/EncodingConvertor.h>
+
+#include <string>
+#include <vector>
+
+namespace sgbk_test {
+
+// A conversion's result and everything it leaves in the destination.
+struct Outcome {
+  long result;
+  std::string dest;
+  bool operator==(const Outcome&) const = default;
+};
+
+using Table = std::vector<gchar_t>;
+
+// The table images with the widened ASCII laid over the first three.
+const Table& big5Table();
+const Table& simplifiedTable();
+const Table& unicodeTable();
+const Table& toBig5Table();
+
+// Each takes the input's bytes and a destination of `size` bytes (elements for twinArray) filled
+// with `fill`; terminated inputs come without their terminator.
+struct Destination {
+  long size;
+  char fill;
+};
+
+enum class Stream { big5, gbk };
+Outcome twinPairs(Stream kind, const std::string& src, Destination to);
+Outcome twinUcs2(bool doubleByte, const std::string& src, Destination to);
+Outcome twinUtf8(const std::string& src, Destination to);
+Outcome twinHz(const std::string& src, Destination to);
+Outcome twinHzToGbk(const std::string& src, Destination to);
+
+enum class Array { dbc, t2s, cache };
+Outcome twinArray(Array kind, const std::string& src, Destination to, bool ifcase);
+
+enum class Fold { counted, terminated, big5 };
+Outcome twinFold(Fold kind, const std::string& src, Destination to, bool ifcase);
+Outcome twinPage(const std::string& src, Destination to, bool ifcase);
+
+// `src` with its terminating 0 unit, as both forms of trimgPunc take it.
+Outcome twinTrim(bool counted, const std::string& src, Destination to);
+
+}  // namespace sgbk_test
+
+#endif
