@@ -22,8 +22,10 @@ struct Operation {
   std::function<long(const char* src, long size, char* dest, long capacity)> call;
   std::function<Outcome(const std::string& src, Destination to)> twin;
 
-  // A capacity, in elements, that is always enough.
-  long enough(std::size_t srcBytes) const { return 5 * static_cast<long>(srcBytes) / 2 + 4; }
+  // A capacity, in elements, that is always enough; even, for destinations of units.
+  long enough(std::size_t srcBytes) const {
+    return 5 * static_cast<long>((srcBytes + 1) / 2) / 2 * 2 + 4;
+  }
 };
 
 // Needs the converter to exist.
