@@ -219,10 +219,12 @@ def big5_targets(known, big5, sources, ucd):
         if c in in_rows or traditional.get(c, (0,))[0] in in_rows:
             continue
         name, kind, parts = ucd.get(c, ("", "", []))
-        ways = [("opencc", [t for s in ts.get(c, []) for t in taiwan(st.get(s, [s]))]),
+        siblings = [st.get(s, [s]) for s in ts.get(c, [])]
+        ways = [("opencc", [t for s in siblings if len(s) == 1 for t in taiwan(s)]),
                 ("unicode", parts if kind in ONE_TO_ONE and len(parts) == 1 else []),
                 ("box", [light.get(box_directions(name), c)] if name.startswith("BOX D") else [])]
         ways += [(field, pairs.get(c, [])) for field, pairs in fields.items()]
+        ways += [("opencc, of several", [t for s in siblings for t in taiwan(s)])]
         for way, candidates in ways:
             target = best(c, [t for t in candidates if t in in_rows])
             if target:
