@@ -14,25 +14,23 @@
 
 namespace {
 std::atomic<bool> memoryIsShort = false;
-std::atomic<long> objectsAlive = 0;
+std::atomic<void*> converterAlive = nullptr;
 }  // namespace
 
 // Stands in for the allocation of large objects in the whole program, the library's included.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   if (size < 4 * 131072) return std::malloc(size);
-  if (memoryIsShort) return nullptr;
-  ++objectsAlive;
-  return std::malloc(size);
+  return converterAlive = memoryIsShort ? nullptr : std::malloc(size);
 }
 void* operator new(std::size_t size) {
   if (void* p = operator new(size, std::nothrow)) return p;
   throw std::bad_alloc();
 }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t size) noexcept {
-  if (size >= 4 * 131072) --objectsAlive;
+void operator delete(void* p) noexcept {
+  if (p == converterAlive) converterAlive = nullptr;
   std::free(p);
 }
+void operator delete(void* p, std::size_t) noexcept { operator delete(p); }
 
 namespace {
 
@@ -45,11 +43,11 @@ TEST(Converter, LivesFromInitializeInstanceToClear) {
   EncodingConvertor* const converter = EncodingConvertor::getInstance();
   EXPECT_EQ(EncodingConvertor::initializeInstance(nullptr), 0);
   EXPECT_EQ(EncodingConvertor::getInstance(), converter);
-  EXPECT_EQ(objectsAlive, 1);
+  EXPECT_NE(converterAlive, nullptr);
   EncodingConvertor::clear();
   EXPECT_EQ(EncodingConvertor::getInstance(), nullptr);
   EncodingConvertor::clear();
-  EXPECT_EQ(objectsAlive, 0);
+  EXPECT_EQ(converterAlive, nullptr);
 }
 
 TEST(Converter, LeavesTheLockFreeWhenMemoryIsShort) {

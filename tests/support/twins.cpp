@@ -31,6 +31,7 @@ Table load(const unsigned char* image, bool overlay) {
 }
 
 int at(const std::string& s, size_t i) { return static_cast<unsigned char>(s[i]); }
+gchar_t at(const Table& table, int code) { return table[static_cast<size_t>(code)]; }
 
 struct Writer {
   Destination to;
@@ -59,7 +60,7 @@ Outcome twinPairs(Stream kind, const std::string& src, Destination to) {
   for (size_t i = 0; i < src.size() && out.has(2);) {
     const int b = at(src, i);
     if (b <= 0x7F) {
-      out.unit(kind == Stream::big5 ? big5Table()[b] : simplifiedTable()[b]);
+      out.unit(kind == Stream::big5 ? at(big5Table(), b) : at(simplifiedTable(), b));
       i += 1;
     } else if (b == 0x80 || b == 0xFF) {
       i += 1;
@@ -104,7 +105,7 @@ Outcome twinUtf8(const std::string& src, Destination to) {
     const int b0 = at(src, i);
     if (b0 >= 0xC0 && b0 <= 0xDF) {
       if (i + 1 == size) break;
-      const gchar_t entry = unicodeTable()[(b0 & 31) * 64 + (at(src, i + 1) & 63)];
+      const gchar_t entry = at(unicodeTable(), (b0 & 31) * 64 + (at(src, i + 1) & 63));
       if (entry != 0x3F3F) out.unit(entry);
       i += 2;
     } else if (b0 >= 0xE0 && b0 <= 0xEF) {
@@ -126,7 +127,7 @@ Outcome twinUtf8(const std::string& src, Destination to) {
         group(i);
         i += 3;
       } else {
-        if (ifCurrentASCII) out.unit(unicodeTable()[b0]);
+        if (ifCurrentASCII) out.unit(at(unicodeTable(), b0));
         i += 1;
       }
     }
@@ -158,7 +159,7 @@ Outcome twinHz(const std::string& src, Destination to) {
       out.unit(isGBKUndefinedChar(code) ? CHINESE_SPACE_CHAR : simplifiedTable()[code]);
       i += 2;
     } else if (b <= 0x80 || last) {
-      out.unit(simplifiedTable()[b]);
+      out.unit(at(simplifiedTable(), b));
       i += 1;
     } else {
       out.unit(pairOf(b, c));
@@ -217,7 +218,7 @@ Outcome twinArray(Array kind, const std::string& src, Destination to, bool ifcas
       continue;
     }
     if (b <= 0x7F) {
-      unit = simplifiedTable()[b];
+      unit = at(simplifiedTable(), b);
     } else if (isGBKUndefinedChar(unit)) {
       unit = CHINESE_SPACE_CHAR;
     } else if (kind != Array::dbc) {
