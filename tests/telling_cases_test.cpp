@@ -86,6 +86,9 @@ constexpr Row kRows[] = {
      "B0 A1 A1 A3 B0 A2 00 00 5A"},
     {"trimgPunc", "the line end splits a run of marks", "B0 A1 A1 A3 FD A3 A1 A3 B0 A2 00 00", 0, 6,
      "B0 A1 A1 A3 FD A3 A1 A3 B0 A2 00 00"},
+    {"trimgPunc", "an unassigned code among the shapes is a blank, which does not",
+     "B0 A1 A1 A3 A1 A3 A1 A3 A1 A3 A6 EC A1 A3 A1 A3 A1 A3 A1 A3 B0 A2 00 00", 0, 4,
+     "B0 A1 A1 A3 B0 A2 00 00 5A"},
     {"trimgPunc counted", "an inner zero is dropped and splits runs",
      "B0 A1 A1 A1 00 00 A1 A1 B0 A2 00 00", 0, 5, "B0 A1 A1 A1 A1 A1 B0 A2 00 00 5A"},
 };

@@ -354,8 +354,9 @@ Outcome twinTrim(bool counted, const std::string& src, Destination to) {
   for (size_t i = 0; i + 1 < src.size(); i += 2) in.push_back(pairOf(at(src, i), at(src, i + 1)));
   size_t end = 0;
   while (counted ? end + 1 < in.size() : in[end] != 0) ++end;
+  // An unassigned code among the shapes is a blank.
   const auto markOrBlank = [](gchar_t c) {
-    return isGraphChar(c) && !isShapeChar(c) && c != RETURN_CONVERSION_CHAR;
+    return isGraphChar(c) && (isgcharspace(c) || !isShapeChar(c)) && c != RETURN_CONVERSION_CHAR;
   };
   std::vector<gchar_t> text;
   size_t i = 0;
