@@ -1,0 +1,189 @@
+#include "files.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+namespace cli {
+namespace {
+
+// The name of the temporary file, for the signal handler to remove.
+char temporaryName[4096];
+volatile sig_atomic_t hasTemporary = 0;
+
+constexpr std::array<int, 3> kEndingSignals = {SIGHUP, SIGINT, SIGTERM};
+
+extern "C" void removeTemporaryAndEnd(int signal) {
+  if (hasTemporary != 0) unlink(temporaryName);
+  // The default action was restored when the handler was called.
+  raise(signal);
+}
+
+void rememberTemporary(const std::string& name) {
+  if (name.size() >= sizeof temporaryName) return;
+  std::memcpy(temporaryName, name.c_str(), name.size() + 1);
+  hasTemporary = 1;
+  for (const int signal : kEndingSignals) {
+    struct sigaction now;
+    sigaction(signal, nullptr, &now);
+    if (now.sa_handler != SIG_DFL) continue;
+    struct sigaction action = {};
+    action.sa_handler = removeTemporaryAndEnd;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigaction(signal, &action, nullptr);
+  }
+}
+
+std::string folderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(0, slash + 1);
+}
+
+// Where a symbolic link leads in the end, also when nothing is there yet.
+std::string resolved(std::string path) {
+  for (int links = 0; links < 40; ++links) {
+    char to[4096];
+    const ssize_t size = readlink(path.c_str(), to, sizeof to);
+    if (size < 0 || static_cast<std::size_t>(size) == sizeof to) break;
+    const std::string next(to, static_cast<std::size_t>(size));
+    path = next.starts_with('/') ? next : folderOf(path) + next;
+  }
+  return path;
+}
+
+mode_t modeOfNewFiles() {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return 0666 & ~mask;
+}
+
+}  // namespace
+
+void occupyClosedStandardStreams() {
+  for (int fd = 0; fd <= 2; ++fd) {
+    if (fcntl(fd, F_GETFD) != -1) continue;
+    // In the direction that it is not used in.
+    const int opened = open("/dev/null", fd == 0 ? O_WRONLY : O_RDONLY);
+    if (opened != fd) close(opened);
+  }
+}
+
+std::optional<struct stat> fileAt(const std::string& path) {
+  struct stat status;
+  if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  return status;
+}
+
+Input::Input(const std::string& path) : name_(path == "-" ? "standard input" : path) {
+  fd_ = path == "-" ? 0 : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd_ < 0 || fstat(fd_, &status_) != 0) throw InputFailure(std::strerror(errno));
+  if (S_ISDIR(status_.st_mode)) throw InputFailure(std::strerror(EISDIR));
+  if (S_ISREG(status_.st_mode)) {
+    const off_t at = lseek(fd_, 0, SEEK_CUR);
+    // Files of the kernel's, as in /proc, give their size as 0.
+    if (at >= 0 && status_.st_size > at) size_ = static_cast<std::uint64_t>(status_.st_size - at);
+    posix_fadvise(fd_, 0, 0, POSIX_FADV_SEQUENTIAL);
+  }
+}
+
+Input::~Input() {
+  if (fd_ > 2) close(fd_);
+}
+
+std::size_t Input::read(char* to, std::size_t size) {
+  for (;;) {
+    const ssize_t got = ::read(fd_, to, size);
+    if (got >= 0) return static_cast<std::size_t>(got);
+    if (errno != EINTR) throw InputFailure(std::strerror(errno));
+  }
+}
+
+bool Input::isTerminal() const { return isatty(fd_) == 1; }
+
+Output::Output(const std::string& path, const struct stat* replaced)
+    : name_(path), target_(resolved(path)), isDurable_(replaced != nullptr) {
+  const auto there = fileAt(target_);
+  if (there && !S_ISREG(there->st_mode)) {
+    fd_ = open(target_.c_str(), O_WRONLY | O_CLOEXEC);
+    if (fd_ < 0) fail("cannot be written");
+    return;
+  }
+  if (there && access(target_.c_str(), W_OK) != 0) fail("cannot be written");
+  temporary_ = folderOf(target_) + ".sgbk-XXXXXX";
+  fd_ = mkostemp(temporary_.data(), O_CLOEXEC);
+  if (fd_ < 0) {
+    temporary_.clear();
+    fail("cannot be written");
+  }
+  rememberTemporary(temporary_);
+  const struct stat* const like = there ? &*there : nullptr;
+  // Only root may give files away; the mode comes last, as a new owner clears parts of it.
+  if (like != nullptr && fchown(fd_, like->st_uid, like->st_gid) != 0) errno = 0;
+  if (fchmod(fd_, like != nullptr ? like->st_mode & 07777 : modeOfNewFiles()) != 0) {
+    fail("cannot take over the mode");
+  }
+}
+
+Output::~Output() {
+  if (fd_ > 2) close(fd_);
+  if (!temporary_.empty()) {
+    unlink(temporary_.c_str());
+    hasTemporary = 0;
+  }
+}
+
+void Output::fail(const std::string& what) const {
+  const int error = errno;
+  OutputFailure failure(name_ + ": " + what + ": " + std::strerror(error));
+  failure.isQuiet = error == EPIPE;
+  throw failure;
+}
+
+void Output::write(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(fd_, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      fail("write error");
+    }
+  }
+}
+
+void Output::commit(const std::string& backup) {
+  if (isDurable_ && fsync(fd_) != 0) fail("write error");
+  const int fd = fd_;
+  fd_ = -1;
+  // A full disk or a network may only tell now.
+  if (close(fd) != 0) fail("write error");
+  if (temporary_.empty()) return;
+  if (!backup.empty()) {
+    unlink(backup.c_str());
+    // Some file systems have no second names; the file is then away for a moment.
+    if (link(target_.c_str(), backup.c_str()) != 0 &&
+        rename(target_.c_str(), backup.c_str()) != 0) {
+      fail("cannot keep the old file as " + backup);
+    }
+  }
+  if (rename(temporary_.c_str(), target_.c_str()) != 0) fail("cannot be put in place");
+  temporary_.clear();
+  hasTemporary = 0;
+}
+
+struct stat Output::status() const {
+  struct stat status = {};
+  // For a file that is written beside its name, the one that it will replace.
+  if (temporary_.empty()) {
+    fstat(fd_, &status);
+  } else if (const auto there = fileAt(target_)) {
+    status = *there;
+  }
+  return status;
+}
+
+}  // namespace cli

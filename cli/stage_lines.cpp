@@ -1,0 +1,202 @@
+// What is done to each line by itself: trimming and cutting.
+//
+// The library does both on text that it has widened or folded, which could not be undone: here it
+// is given stand-ins instead, from whose fate that of the real characters is told.
+
+#include <array>
+#include <vector>
+
+#include "bytes.h"
+#include "stage.h"
+
+namespace cli {
+namespace {
+
+// A carriage return before the line feed belongs to the line end.
+std::string_view withoutCarriageReturn(std::string_view line) {
+  return !line.empty() && line.back() == '\r' ? line.substr(0, line.size() - 1) : line;
+}
+
+// trimgPunc judges a character by its class alone. The characters of a class are numbered through,
+// by 256 codes of that class, which gives the last eight bits of the number of each one that is
+// left; a line with more of them is trimmed again with the next eight bits.
+class StandIns {
+ public:
+  static constexpr unsigned kBits = 8;
+
+  StandIns() {
+    unsigned marks = 0;
+    unsigned ordinary = 0;
+    for (unsigned code = 0x8181; code <= 0xFEFE; ++code) {
+      const auto unit = static_cast<gchar_t>(code);
+      if (isgcharspace(unit) || isShapeChar(unit)) continue;
+      if (isGraphChar(unit)) {
+        add(unit, marks_, marks);
+      } else if (leadOf(unit) >= 0xB0 && leadOf(unit) <= 0xF7) {
+        add(unit, ordinary_, ordinary);
+      }
+    }
+  }
+
+  // Blanks and shapes stand for themselves: they are not asked for their number.
+  gchar_t of(gchar_t unit, std::size_t number) const {
+    if (unit == 0 || isgcharspace(unit) || isShapeChar(unit)) return unit;
+    return isGraphChar(unit) ? marks_[number & 0xFF] : ordinary_[number & 0xFF];
+  }
+  std::size_t numberOf(gchar_t standIn) const { return numbers_[standIn]; }
+
+ private:
+  using Codes = std::array<gchar_t, 1 << kBits>;
+
+  void add(gchar_t unit, Codes& codes, unsigned& count) {
+    if (count == codes.size()) return;
+    numbers_[unit] = static_cast<Byte>(count);
+    codes[count++] = unit;
+  }
+
+  Codes marks_{};
+  Codes ordinary_{};
+  std::array<Byte, 0x10000> numbers_{};
+};
+
+class TrimStage : public Stage {
+ public:
+  explicit TrimStage(EncodingConvertor& converter) {
+    for (unsigned short c = 0; c < widened_.size(); ++c) widened_[c] = converter.getucgvalue(c);
+  }
+
+  void apply(std::string_view text, bool, std::string& out) override {
+    forEachLine(text, out, [&](std::string_view line) {
+      const std::string_view body = withoutCarriageReturn(line);
+      trim(body, out);
+      out.append(line.substr(body.size()));
+    });
+  }
+
+ private:
+  struct Character {
+    std::size_t at;
+    gchar_t unit;  // as the library would see it
+  };
+
+  void trim(std::string_view line, std::string& out) {
+    split(line);
+    findKept();
+    std::size_t next = 0;  // behind the last one written
+    for (std::size_t i = 0; i < kept_.size(); ++i) {
+      if (isgcharspace(trimmed_[i])) {
+        while (!isgcharspace(characters_[next].unit)) ++next;
+        appendBlank(line[characters_[next].at], trimmed_[i], out);
+      } else {
+        next = kept_[i];
+        const std::size_t at = characters_[next].at;
+        out.append(line.substr(at, isAscii(static_cast<Byte>(line[at])) ? 1 : 2));
+        ++next;
+      }
+    }
+  }
+
+  void split(std::string_view line) {
+    characters_.clear();
+    for (std::size_t at = 0; at < line.size();) {
+      const auto b = static_cast<Byte>(line[at]);
+      characters_.push_back({at, isAscii(b) ? widened_[b] : unitAt(line.data() + at)});
+      at += isAscii(b) ? 1 : 2;
+    }
+  }
+
+  // Fills trimmed_ with the stand-ins that are left and kept_ with their places.
+  void findKept() {
+    const std::size_t size = characters_.size();
+    source_.resize(size + 1);
+    source_[size] = 0;
+    trimmed_.resize(size + 1);
+    for (unsigned shift = 0; shift == 0 || size >> shift != 0; shift += StandIns::kBits) {
+      for (std::size_t i = 0; i < size; ++i) {
+        source_[i] = standIns_.of(characters_[i].unit, i >> shift);
+      }
+      const std::size_t left = trimgPunc(source_.data(), size + 1, trimmed_.data()) - 1;
+      if (shift == 0) kept_.assign(left, 0);
+      for (std::size_t i = 0; i < left; ++i) kept_[i] |= standIns_.numberOf(trimmed_[i]) << shift;
+    }
+  }
+
+  // A run of blanks becomes the first of them, or its line end.
+  static void appendBlank(char first, gchar_t trimmed, std::string& out) {
+    if (trimmed == RETURN_CONVERSION_CHAR) {
+      out += '\r';
+    } else if (!isAscii(static_cast<Byte>(first))) {
+      out.append("\xA1\xA1");
+    } else {
+      out += first == '\t' ? '\t' : ' ';
+    }
+  }
+
+  const StandIns standIns_;
+  std::array<gchar_t, 0x80> widened_;
+  std::vector<Character> characters_;
+  std::vector<gchar_t> source_;
+  std::vector<gchar_t> trimmed_;
+  std::vector<std::size_t> kept_;
+};
+
+class TruncateStage : public Stage {
+ public:
+  explicit TruncateStage(std::size_t limit) : limit_(limit) {}
+
+  void apply(std::string_view text, bool lineGoesOn, std::string& out) override {
+    bool isRestOfCutLine = isCut_;
+    forEachLine(text, out, [&](std::string_view line) {
+      isCut_ = isRestOfCutLine || line.size() > limit_;
+      const std::string_view body = withoutCarriageReturn(line);
+      if (!isRestOfCutLine) cut(body, out);
+      out.append(line.substr(body.size()));
+      isRestOfCutLine = false;
+    });
+    isCut_ = isCut_ && lineGoesOn;
+  }
+
+ private:
+  void cut(std::string_view line, std::string& out) {
+    if (line.size() <= limit_) {
+      out.append(line);
+      return;
+    }
+    // No more of the line has a say in where it is cut.
+    standIn_.clear();
+    for (std::size_t at = 0; at < line.size() && standIn_.size() <= limit_;) {
+      const auto b = static_cast<Byte>(line[at]);
+      if (!isAscii(b)) {
+        standIn_ += "\xB0\xA1";
+      } else {
+        const bool isWord = (b >= '0' && b <= '9') || ((b | 0x20) >= 'a' && (b | 0x20) <= 'z');
+        standIn_ += isWord || b == '.' ? static_cast<char>(b) : '-';
+      }
+      at += isAscii(b) ? 1 : 2;
+    }
+    const std::size_t begin = out.size();
+    out.resize(begin + limit_ + 1);
+    const int written = sbc2dbc(standIn_.data(), static_cast<int>(standIn_.size()),
+                                out.data() + begin, static_cast<int>(limit_ + 1), false);
+    const std::size_t dots = std::min<std::size_t>(3, limit_);
+    const std::size_t kept = static_cast<std::size_t>(written) - dots;
+    out.replace(begin, limit_ + 1, line.substr(0, kept));
+    out.append(dots, '.');
+  }
+
+  const std::size_t limit_;
+  bool isCut_ = false;  // the line that goes on
+  std::string standIn_;
+};
+
+}  // namespace
+
+std::unique_ptr<Stage> makeTrimStage(EncodingConvertor& converter) {
+  return std::make_unique<TrimStage>(converter);
+}
+
+std::unique_ptr<Stage> makeTruncateStage(std::size_t limit) {
+  return std::make_unique<TruncateStage>(limit);
+}
+
+}  // namespace cli

@@ -1,0 +1,144 @@
+// From GBK to the other targets.
+
+#include <iconv.h>
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+
+#include "library_call.h"
+#include "runs.h"
+#include "stage.h"
+
+namespace cli {
+namespace {
+
+class WideStage : public Stage {
+ public:
+  explicit WideStage(EncodingConvertor& converter) : converter_(converter) {}
+
+  void apply(std::string_view text, bool, std::string& out) override {
+    forEachRun(
+        text,
+        [&](std::string_view run) {
+          appendConverted(converter_, &EncodingConvertor::t2sgbk, run, out);
+        },
+        [&](std::string_view run) { out.append(run); });
+  }
+
+ private:
+  EncodingConvertor& converter_;
+};
+
+// What stands for a character that Big5 does not have, and the one character that it is itself.
+constexpr std::string_view kWhiteSquare = "\xA1\xBC";
+constexpr UINT16 kWhiteSquareCodePoint = 0x25A1;
+
+class Big5Stage : public Stage {
+ public:
+  Big5Stage(EncodingConvertor& converter, std::vector<Unencoded>& unencoded)
+      : converter_(converter),
+        unencoded_(unencoded),
+        whiteSquare_(converter.getucgvalue(kWhiteSquareCodePoint)) {}
+
+  void apply(std::string_view text, bool, std::string& out) override {
+    std::size_t line = 0;
+    forEachRun(
+        text,
+        [&](std::string_view run) {
+          out.append(run);
+          line += static_cast<std::size_t>(std::count(run.begin(), run.end(), '\n'));
+        },
+        [&](std::string_view run) {
+          const std::size_t begin = out.size();
+          convert(run, out);
+          if (out.find(kWhiteSquare, begin) != std::string::npos) findUnencoded(run, line);
+        });
+  }
+
+ private:
+  void convert(std::string_view run, std::string& out) {
+    terminated_.assign(run);
+    const std::size_t begin = out.size();
+    const std::size_t room = run.size() + 2;
+    out.resize(begin + room);
+    const int written = converter_.gchar2big5(terminated_.c_str(), out.data() + begin,
+                                              static_cast<int>(room), false);
+    out.resize(begin + static_cast<std::size_t>(written));
+  }
+
+  void findUnencoded(std::string_view run, std::size_t line) {
+    for (; !run.empty(); run.remove_prefix(2)) {
+      std::string code;
+      convert(run.substr(0, 2), code);
+      const gchar_t unit = unitAt(run.data());
+      if (code == kWhiteSquare && unit != whiteSquare_) unencoded_.push_back({line, unit});
+    }
+  }
+
+  EncodingConvertor& converter_;
+  std::vector<Unencoded>& unencoded_;
+  const gchar_t whiteSquare_;
+  std::string terminated_;
+};
+
+// Asks the C library once for every code: a call for each run would cost more than the run.
+class Utf8Stage : public Stage {
+ public:
+  Utf8Stage() {
+    const iconv_t converter = iconv_open("UTF-8", "GB18030");
+    if (converter == reinterpret_cast<iconv_t>(-1)) {
+      throw std::runtime_error("the C library cannot convert GB18030 to UTF-8");
+    }
+    for (unsigned lead = 0x81; lead <= 0xFE; ++lead) {
+      for (unsigned trail = 0x40; trail <= 0xFE; ++trail) {
+        char code[2] = {static_cast<char>(lead), static_cast<char>(trail)};
+        Sequence& sequence = sequences_[unitAt(code)];
+        char* in = code;
+        std::size_t inLeft = sizeof code;
+        char* to = sequence.bytes;
+        std::size_t toLeft = sizeof sequence.bytes;
+        if (iconv(converter, &in, &inLeft, &to, &toLeft) == static_cast<std::size_t>(-1)) {
+          iconv(converter, nullptr, nullptr, nullptr, nullptr);
+        } else {
+          sequence.size = static_cast<unsigned char>(to - sequence.bytes);
+        }
+      }
+    }
+    iconv_close(converter);
+  }
+
+  void apply(std::string_view text, bool, std::string& out) override {
+    forEachRun(
+        text, [&](std::string_view run) { out.append(run); },
+        [&](std::string_view run) {
+          for (; !run.empty(); run.remove_prefix(2)) {
+            const Sequence& sequence = sequences_[unitAt(run.data())];
+            out.append(sequence.bytes, sequence.size);
+          }
+        });
+  }
+
+ private:
+  struct Sequence {
+    char bytes[4] = {'\xEF', '\xBF', '\xBD', 0};
+    unsigned char size = 3;
+  };
+
+  std::vector<Sequence> sequences_ = std::vector<Sequence>(0x10000);
+};
+
+}  // namespace
+
+std::unique_ptr<Stage> makeWideStage(EncodingConvertor& converter) {
+  return std::make_unique<WideStage>(converter);
+}
+
+std::unique_ptr<Stage> makeBig5Stage(EncodingConvertor& converter,
+                                     std::vector<Unencoded>& unencoded) {
+  return std::make_unique<Big5Stage>(converter, unencoded);
+}
+
+std::unique_ptr<Stage> makeUtf8Stage() { return std::make_unique<Utf8Stage>(); }
+
+}  // namespace cli
