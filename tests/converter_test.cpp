@@ -15,6 +15,11 @@
 namespace {
 std::atomic<bool> memoryIsShort = false;
 std::atomic<void*> converterAlive = nullptr;
+
+void release(void* p) {
+  if (p == converterAlive) converterAlive = nullptr;
+  std::free(p);
+}
 }  // namespace
 
 // Stands in for the allocation of large objects in the whole program, the library's included.
@@ -26,11 +31,8 @@ void* operator new(std::size_t size) {
   if (void* p = operator new(size, std::nothrow)) return p;
   throw std::bad_alloc();
 }
-void operator delete(void* p) noexcept {
-  if (p == converterAlive) converterAlive = nullptr;
-  std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept { operator delete(p); }
+void operator delete(void* p) noexcept { release(p); }
+void operator delete(void* p, std::size_t) noexcept { release(p); }
 
 namespace {
 
