@@ -18,7 +18,7 @@ mv "$work/first" "$work/prefix"
 prefix=$work/prefix
 ! grep -rIl "$work/first\|$build" "$prefix" || fail "the files above name a folder of this machine"
 
-"$cmake" -S "$consumer" -B "$work/by-cmake" -DCMAKE_PREFIX_PATH="$prefix" \
+"$cmake" -G Ninja -S "$consumer" -B "$work/by-cmake" -DCMAKE_PREFIX_PATH="$prefix" \
   -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF >"$work/configure.log"
 "$cmake" --build "$work/by-cmake" >"$work/build.log" || { cat "$work/build.log"; exit 1; }
 
