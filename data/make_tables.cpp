@@ -45,7 +45,10 @@ constexpr bool isCommonBig5(Code code) {
   return (code >= 0xA140 && code <= 0xC67E) || (code >= 0xC940 && code <= 0xF9FE);
 }
 
-bool isBig5Code(Code code) {
+// The Encoding Standard's encoder writes no code below.
+constexpr bool isWrittenInGeneral(Code code) { return code >= 0xA140; }
+
+constexpr bool isBig5Code(Code code) {
   const Code lead = code >> 8;
   const Code trail = code & 0xFF;
   return lead >= 0x81 && lead <= 0xFE &&
@@ -68,9 +71,9 @@ class Tables {
         traditional_(readPairs(dir / "traditional.tsv")),
         big5Variants_(readPairs(dir / "big5_variants.tsv")) {
     for (const auto& [code, c] : gbk_) cellOf_.emplace(c, code);
-    for (const bool common : {true, false}) {
+    for (const auto prefer : {isCommonBig5, isWrittenInGeneral, isBig5Code}) {
       for (const auto& [code, c] : big5_) {
-        if (isCommonBig5(code) == common) big5CodeOf_.emplace(c, code);
+        if (prefer(code)) big5CodeOf_.emplace(c, code);
       }
     }
     readLines(dir / "choices.tsv", 4, [&](const Fields& f) { choose(f); });
