@@ -73,7 +73,7 @@ bool isInCommonRows(Code big5) {
 
 // Empty for anything that does not convert whole and without loss.
 std::string convert(const char* from, const char* to, std::string text) {
-  static std::map<std::string, iconv_t> converters;
+  static auto& converters = *new std::map<std::string, iconv_t>;  // for the whole run
   const auto known = converters.try_emplace(std::string(from) + to, nullptr).first;
   if (known->second == nullptr) known->second = iconv_open(to, from);
   std::array<char, 16> result{};
@@ -115,7 +115,7 @@ Character character(char32_t codePoint) {
 
 // By an ICU transliterator; what becomes several characters stays.
 Character transliterated(const char* id, const Character& c) {
-  static std::map<std::string, icu::Transliterator*> known;
+  static auto& known = *new std::map<std::string, icu::Transliterator*>;  // for the whole run
   auto& transliterator = known[id];
   UErrorCode status = U_ZERO_ERROR;
   if (!transliterator)
