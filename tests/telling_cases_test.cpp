@@ -96,14 +96,12 @@ constexpr Row kRows[] = {
 TEST(TellingCases, ComeOutAsWritten) {
   ASSERT_EQ(EncodingConvertor::initializeInstance(nullptr), 0);
   for (const Row& row : kRows) {
-    const Operation* operation = nullptr;
-    for (const Operation& one : operations()) {
-      if (std::string(row.operation) == one.name) operation = &one;
-    }
-    ASSERT_NE(operation, nullptr) << row.operation;
+    const Operation& operation = operationNamed(row.operation);
     const std::string src = fromHex(row.src);
-    const long capacity = operation->anyCapacity ? row.capacity : static_cast<long>(src.size());
-    const Outcome outcome = run(*operation, src, {capacity, '\x5A'});
+    const long capacity = operation.capacity == Capacity::any
+                              ? row.capacity
+                              : static_cast<long>(src.size()) / operation.elementSize;
+    const Outcome outcome = run(operation, src, {capacity, '\x5A'});
     EXPECT_EQ(outcome.result, row.result) << row.operation << ": " << row.why;
     const std::string expected = row.dest;
     EXPECT_EQ(toHex(outcome.dest).substr(0, expected.size()), expected)

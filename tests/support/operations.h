@@ -1,10 +1,11 @@
-// Every conversion of the library beside its twin, in one shape.
+// Every operation on text of the library beside its twin, in one shape.
 
 #ifndef SGBK_TESTS_OPERATIONS_H
 #define SGBK_TESTS_OPERATIONS_H
 
 #include <functional>
 #include <span>
+#include <string>
 
 #include "support/twins.h"
 
@@ -12,12 +13,15 @@ namespace sgbk_test {
 
 enum class Source { bytes, units, terminated, terminatedUnits };
 
+// What may be given as the size of the destination: anything, or only what is surely enough.
+enum class Capacity { any, asSource, four };
+
 struct Operation {
   const char* name;
   Source source;
   long elementSize;  // bytes of an element of the destination's size
-  bool anyCapacity;  // false where the caller must give a large enough destination
-  // A few bytes between which the conversion makes all its distinctions.
+  Capacity capacity;
+  // A few bytes between which the operation makes all its distinctions.
   const char* alphabet;
   std::function<long(const char* src, long size, char* dest, long capacity)> call;
   std::function<Outcome(const std::string& src, Destination to)> twin;
@@ -30,9 +34,19 @@ struct Operation {
 
 // Needs the converter to exist.
 std::span<const Operation> operations();
+const Operation& operationNamed(const std::string& name);
 
-// Runs the library's conversion between protected pages, its destination filled beforehand.
-Outcome run(const Operation& operation, const std::string& src, Destination to);
+// Where the buffers touch a protected page: behind their last byte or before their first one.
+enum class Guard { behind, before };
+
+// Runs the library's operation, its destination filled beforehand.
+Outcome run(const Operation& operation, const std::string& src, Destination to,
+            Guard guard = Guard::behind);
+
+// Runs operation and twin on `bytes`, brought into the form that the operation takes, with each
+// guard and another filling for each. Empty when they agree in the result and in every byte of the
+// destination; otherwise says where they differ.
+std::string disagreement(const Operation& operation, const std::string& bytes, long capacity);
 
 }  // namespace sgbk_test
 

@@ -53,13 +53,14 @@ std::string toHz(const std::string& gbk) {
   return hz;
 }
 
-enum class Encoding { big5, gbk, utf8, utf16, hz, units };
+enum class Encoding { big5, gbk, utf8, utf16, hz, units, names };
 
 Encoding encodingOf(const Operation& operation) {
   const std::string name = operation.name;
   if (name == "b52sgbk") return Encoding::big5;
   if (name == "utf82sgbk") return Encoding::utf8;
   if (name.starts_with("hz")) return Encoding::hz;
+  if (operation.capacity == Capacity::four) return Encoding::names;
   if (operation.source == Source::units) return Encoding::utf16;
   return operation.source == Source::terminatedUnits ? Encoding::units : Encoding::gbk;
 }
@@ -69,7 +70,7 @@ std::string fromBig5(Encoding encoding, const std::string& big5) {
   if (encoding == Encoding::utf8) return recode("BIG5", "UTF-8", big5);
   if (encoding == Encoding::utf16) return recode("BIG5", "UTF-16LE", big5);
   std::string gbk = recode("BIG5", "GBK", big5);
-  if (encoding == Encoding::gbk) return gbk;
+  if (encoding == Encoding::gbk || encoding == Encoding::names) return gbk;
   if (encoding == Encoding::hz) return toHz(gbk);
   std::string units(2 * gbk.size(), '\0');
   const int size = static_cast<int>(units.size());
@@ -85,6 +86,10 @@ std::string samplePage(const Operation& operation) {
 }
 
 std::string randomCharacter(const Operation& operation, std::mt19937& random) {
+  if (encodingOf(operation) == Encoding::names) {
+    return random() % 2 != 0 ? charEntitySet[random() % 252].pEntity
+                             : charaentitymaps[random() % 60].pesc;
+  }
   // The 5,401 characters in common use.
   const auto index = static_cast<int>(random() % 5401);
   const int trail = index % 157;

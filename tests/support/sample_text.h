@@ -10,7 +10,7 @@
 
 namespace sgbk_test {
 
-// One character of the operation's input encoding, mostly a mapped one.
+// One character of the operation's input encoding, mostly a mapped one; or the name of an entity.
 std::string randomCharacter(const Operation& operation, std::mt19937& random);
 
 // A page of traditional Chinese with markup, in the operation's input encoding.

@@ -390,12 +390,55 @@ Outcome twinTrim(bool counted, const std::string& src, Destination to) {
     }
   }
   // What was written and stepped back over is still there behind the terminator.
+  to.size *= 2;
   Writer out{to};
   for (const gchar_t unit : text) out.unit(unit);
   while (!text.empty() && isgcharspace(text.back())) text.pop_back();
   out.n = static_cast<long>(2 * text.size());
   out.unit(0);
   return out.done(static_cast<long>(text.size()) + 1);
+}
+
+Outcome twinLowered(const std::string& src, Destination) {
+  Outcome outcome{0, src};
+  for (size_t i = 0; outcome.dest[i] != 0; i += 2) {
+    const int trail = at(src, i + 1);
+    if (at(src, i) == 0xA3 && trail >= 0xC1 && trail <= 0xDA) {
+      outcome.dest[i + 1] = static_cast<char>(trail + 0x20);
+    }
+  }
+  return outcome;
+}
+
+Outcome twinEntity(Entity kind, const std::string& src, Destination to) {
+  Writer out{to};
+  const std::string text = src.substr(0, src.find('\0'));
+  const auto finish = [&](const std::string& written, long taken) {
+    for (const char c : written) out.byte(c);
+    out.byte(0);
+    return out.done(together(static_cast<long>(written.size()), taken));
+  };
+  if (kind == Entity::code || kind == Entity::codeOfPrefix) {
+    for (const auto& row : charEntitySet) {
+      if (kind == Entity::code && text == row.pEntity) return out.done(row.uc);
+    }
+    for (const auto& row : charEntityIESet) {
+      const std::string name = row.pEntity;
+      if (kind == Entity::codeOfPrefix && text.starts_with(name)) {
+        return out.done(together(row.uc, static_cast<long>(name.size())));
+      }
+    }
+    return out.done(0xFFFE);
+  }
+  for (const auto& row : charaentitymaps) {
+    const std::string name = row.pesc;
+    if (kind == Entity::text && text == name) return finish(row.pdesc, 0);
+    if (kind == Entity::textOfPrefix && text.starts_with(name)) {
+      return finish(row.pdesc, static_cast<long>(name.size()));
+    }
+  }
+  if (kind == Entity::textOfPrefix) return out.done(0);
+  return finish(std::string(1, text.c_str()[0]), 0);
 }
 
 }  // namespace sgbk_test

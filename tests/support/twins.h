@@ -1,5 +1,5 @@
-// The obvious twin of every conversion: one byte at a time, every bound tested, nothing shared with
-// the library but the predicates and the table images.
+// The obvious twin of every operation: one byte at a time, every bound tested, nothing shared with
+// the library but the predicates, the table images and the entity tables.
 
 #ifndef SGBK_TESTS_TWINS_H
 #define SGBK_TESTS_TWINS_H
@@ -26,8 +26,8 @@ const Table& simplifiedTable();
 const Table& unicodeTable();
 const Table& toBig5Table();
 
-// Each takes the input's bytes and a destination of `size` bytes (elements for twinArray) filled
-// with `fill`; terminated inputs come without their terminator.
+// Each takes the input's bytes and a destination of `size` bytes (elements for twinArray and
+// twinTrim) filled with `fill`; terminated bytes come without their terminator.
 struct Destination {
   long size;
   char fill;
@@ -49,6 +49,13 @@ Outcome twinPage(const std::string& src, Destination to, bool ifcase);
 
 // `src` with its terminating 0 unit, as both forms of trimgPunc take it.
 Outcome twinTrim(bool counted, const std::string& src, Destination to);
+// `src` with its terminating 0 unit, lowered in the destination.
+Outcome twinLowered(const std::string& src, Destination to);
+
+// Results of more than one part come as the number that `together` makes of them.
+constexpr long together(long value, long taken) { return value + 65536 * taken; }
+enum class Entity { code, codeOfPrefix, text, textOfPrefix };
+Outcome twinEntity(Entity kind, const std::string& src, Destination to);
 
 }  // namespace sgbk_test
 
