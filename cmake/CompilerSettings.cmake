@@ -31,6 +31,7 @@ endif()
 # Binaries must not depend on the folder they were built in.
 add_compile_options("-ffile-prefix-map=${PROJECT_SOURCE_DIR}=."
                     "-ffile-prefix-map=${PROJECT_BINARY_DIR}=.")
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
 # On common Intel processors a jump that touches a 32-byte boundary is slow, which makes the speed
 # of a loop an accident of where it lands.
