@@ -22,6 +22,7 @@ inline std::string_view viewOf(const Byte* begin, const Byte* end) {
   return {charsOf(begin), static_cast<std::size_t>(end - begin)};
 }
 
+inline bool isLineEnd(Byte b) { return b == '\n' || b == '\r'; }
 inline bool isAscii(Byte b) { return b < 0x80; }
 inline bool isLead(Byte b) { return b > 0x80 && b < 0xFF; }
 inline bool isTrail(Byte b) { return b >= 0x40 && b != 0x7F && b != 0xFF; }

@@ -35,9 +35,10 @@ bool Chunker::next() {
       return true;
     }
     if (atEnd_) {
+      if (isLast_) return false;
       piece_ = pending();
       isLast_ = true;
-      return !piece_.empty();
+      return true;
     }
     fill();
   }
@@ -60,7 +61,7 @@ void Chunker::fill() {
     end_ -= begin_;
     begin_ = 0;
   }
-  const std::size_t size = read_(buffer_.get() + end_, std::min(kReadSize, kCapacity - end_));
+  const std::size_t size = read_(buffer_.get() + end_, kCapacity - end_);
   end_ += size;
   atEnd_ = size == 0;
 }

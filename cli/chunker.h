@@ -21,15 +21,14 @@ class Chunker {
   using Read = std::function<std::size_t(char* to, std::size_t size)>;
 
   // The buffer, and with it the longest line that is seen as one; a longer one comes in parts.
-  static constexpr std::size_t kCapacity = 1 << 20;
-  static constexpr std::size_t kReadSize = 1 << 18;
+  static constexpr std::size_t kCapacity = 1 << 18;
 
   explicit Chunker(Read read);
   // To be called before next().
   void setCut(Source source, Cut cut);
 
-  // Gets the next piece; false at the end of the input. What `use` left of the last one comes
-  // again, with at least a byte more unless it is the last piece.
+  // Gets the next piece; false behind the last one, which may be empty. What use() left of a piece
+  // comes again, with at least a byte more unless it is the last one.
   bool next();
   std::string_view piece() const { return piece_; }
   // True when the input ends behind the piece.

@@ -109,19 +109,26 @@ class Run {
     } else {
       output.emplace(options_.output, nullptr);
     }
+    if (!options_.check) refuseSameFile(*output);
+    if (report_.file()) refuseSameFile(*report_.file());
     bool isAnyRead = false;
     try {
       for (const std::string& path : options_.files) {
         isAnyRead |= convertOne(path, options_.check ? nullptr : &*output);
       }
     } catch (const StoppedAtLoss&) {
-      if (options_.output.empty()) output->commit();
-      return;
+      if (!options_.output.empty()) return;
     }
-    if (!options_.check && (isAnyRead || options_.output.empty())) output->commit();
+    if (options_.check) return;
+    if (options_.output.empty() || (isAnyRead && !isCutOff_)) {
+      output->commit();
+    } else {
+      printMessage(options_.output + ": not put in place");
+    }
   }
 
   void convertInPlace() {
+    if (report_.file()) refuseSameFile(*report_.file());
     for (const std::string& path : options_.files) {
       const auto there = fileAt(path);
       if (!there || !S_ISREG(there->st_mode)) {
@@ -149,8 +156,6 @@ class Run {
     try {
       Input input(path);
       name = input.name();
-      if (output != nullptr && !options_.inPlace) refuseSameFile(input, *output);
-      if (report_.file()) refuseSameFile(input, *report_.file());
       if (input.isTerminal() && !options_.quiet) {
         printMessage("reading from the terminal; end with Ctrl-D");
       }
@@ -162,10 +167,14 @@ class Run {
     }
   }
 
-  void refuseSameFile(const Input& input, const Output& output) {
-    if (S_ISREG(input.status().st_mode) && isSameFile(input.status(), output.status())) {
-      throw OutputFailure(output.name() + ": is the input " + input.name() +
-                          " too, which would be destroyed; use -i to replace it");
+  // An output that is an input would be destroyed, or be read for ever.
+  void refuseSameFile(const Output& output) const {
+    for (const std::string& path : options_.files) {
+      const auto input = fileAt(path);
+      if (input && S_ISREG(input->st_mode) && isSameFile(*input, output.status())) {
+        throw OutputFailure(output.name() + ": is the input " + path +
+                            " too, which would be destroyed; use -i to replace it");
+      }
     }
   }
 
@@ -181,24 +190,26 @@ class Run {
         throw InputFailure("line " + std::to_string(loss.line) + ", byte " +
                            std::to_string(loss.offset) + ": " + inHex(loss.bytes) + " is no " +
                            std::string(nameOf(source)) +
-                           " although the text before it is; give "
-                           "the encoding with -f");
+                           " although the text before it is; give the encoding with -f");
       }
       report_.add(input.name(), loss);
       if (options_.strict) throw StoppedAtLoss();
     });
+    const bool wasCutOff = isCutOff_;
     try {
       std::string text;
       while (chunker.next()) {
         text.clear();
         chunker.use(pipeline.convert(chunker.piece(), chunker.isLast(), text, losses));
         if (output != nullptr) output->write(text);
+        isCutOff_ = true;
         progress_.at(bytesBefore_ + losses.bytes());
       }
     } catch (const StoppedAtLoss&) {
       account(input, source, losses);
       throw;
     }
+    isCutOff_ = wasCutOff;
     account(input, source, losses);
     bytesBefore_ += losses.bytes();
   }
@@ -240,6 +251,7 @@ class Run {
   ReportFile report_;
   Progress progress_;
   Status status_ = Status::done;
+  bool isCutOff_ = false;  // the output holds a part of an input that could not be read to its end
   std::uint64_t lost_ = 0;
   std::uint64_t bytesBefore_ = 0;  // of the inputs that are done
 };

@@ -99,7 +99,7 @@ class HzDecoder : public Decoder {
     return p + size;
   }
 
-  bool endsLine(Byte b) const { return form_ == Form::lines && b == '\n'; }
+  bool endsLine(Byte b) const { return form_ == Form::lines && isLineEnd(b); }
   std::size_t at(const Byte* p) const { return static_cast<std::size_t>(p - begin_); }
 
   EncodingConvertor& converter_;

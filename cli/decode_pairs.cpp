@@ -81,8 +81,8 @@ class PairDecoder : public Decoder {
       if (left < 4 && !ended) return 0;
       if (left >= 4) return takeFourBytes(p, out, losses);
     }
-    // A line feed is never a trail byte where lines are kept.
-    const bool isAlone = !isLead(*p) || left < 2 || (form_ == Form::lines && p[1] == '\n');
+    // A line end is never a trail byte where lines are kept.
+    const bool isAlone = !isLead(*p) || left < 2 || (form_ == Form::lines && isLineEnd(p[1]));
     const std::size_t size = isAlone ? 1 : 2;
     if (!isAlone) appendConverted(converter_, conversion_, viewOf(p, p + 2), out);
     losses.addCharacters(1);

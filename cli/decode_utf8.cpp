@@ -138,9 +138,10 @@ class Utf8Decoder : public Decoder {
     const Byte* end = end_;
     bool ended = ended_;
     if (form_ == Form::lines) {
-      const std::size_t feed = viewOf(p, p + std::min(left(p), kLongestStep)).find('\n');
-      if (feed != std::string_view::npos) {
-        end = p + feed;
+      const std::size_t behind =
+          viewOf(p, p + std::min(left(p), kLongestStep)).find_first_of("\r\n");
+      if (behind != std::string_view::npos) {
+        end = p + behind;
         ended = true;
       }
     }
@@ -179,7 +180,7 @@ class Utf8Decoder : public Decoder {
     if (out.size() != begin && unitAt(out.data() + begin) != kUnmapped) blankUndefined(out, begin);
   }
 
-  bool endsLine(Byte b) const { return form_ == Form::lines && b == '\n'; }
+  bool endsLine(Byte b) const { return form_ == Form::lines && isLineEnd(b); }
   std::size_t left(const Byte* p) const { return static_cast<std::size_t>(end_ - p); }
   std::size_t at(const Byte* p) const { return static_cast<std::size_t>(p - begin_); }
 

@@ -13,8 +13,10 @@
 
 namespace cli {
 
-// lines  GBK text, ASCII in one byte. Every line is converted as by a library call of its own, so
-//        that no line end is ever lost and lines can be dealt out to any number of processes. A
+// lines  GBK text, ASCII in one byte. What stands between two line ends (LF or CR) is converted as
+// by
+//        a library call of its own, so that no line end is ever lost and lines can be dealt out to
+//        any number of processes. A
 //        code that is no GBK character does not come out: it is a blank.
 // wide   What one library call makes of the whole input, byte for byte (but for four-byte UTF-8,
 //        see decode_utf8.cpp).

@@ -77,6 +77,13 @@ void appendList(std::string& text, const Table& table) {
   }
 }
 
+template <class Table>
+std::string namesOf(const Table& table) {
+  std::string names;
+  for (const auto& row : table) names.append(names.empty() ? "" : " ").append(row.name);
+  return names;
+}
+
 }  // namespace
 
 std::optional<Source> sourceNamed(std::string_view name) { return find(kSources, name); }
@@ -87,6 +94,9 @@ std::string_view nameOf(Source source) {
                       [source](const auto& row) { return row.encoding == source; })
       ->name;
 }
+
+std::string sourceNames() { return namesOf(kSources); }
+std::string targetNames() { return namesOf(kTargets); }
 
 std::string encodingList() {
   std::string text = "From:\n";

@@ -20,6 +20,10 @@ std::optional<Target> targetNamed(std::string_view name);
 // The name that --list gives first.
 std::string_view nameOf(Source source);
 
+// Separated by blanks.
+std::string sourceNames();
+std::string targetNames();
+
 // What --list prints.
 std::string encodingList();
 

@@ -1,6 +1,7 @@
 #include "files.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -62,6 +63,16 @@ mode_t modeOfNewFiles() {
   return 0666 & ~mask;
 }
 
+// After a failed call: whether a signal or, where somebody made the stream non-blocking, the other
+// side was the only reason. Waits for it.
+bool canTryAgain(int fd, short events) {
+  if (errno == EINTR) return true;
+  if (errno != EAGAIN) return false;
+  struct pollfd wanted = {fd, events, 0};
+  poll(&wanted, 1, -1);
+  return true;
+}
+
 }  // namespace
 
 void occupyClosedStandardStreams() {
@@ -75,7 +86,8 @@ void occupyClosedStandardStreams() {
 
 std::optional<struct stat> fileAt(const std::string& path) {
   struct stat status;
-  if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  const bool isThere = path == "-" ? fstat(0, &status) == 0 : stat(path.c_str(), &status) == 0;
+  if (!isThere) return std::nullopt;
   return status;
 }
 
@@ -99,7 +111,7 @@ std::size_t Input::read(char* to, std::size_t size) {
   for (;;) {
     const ssize_t got = ::read(fd_, to, size);
     if (got >= 0) return static_cast<std::size_t>(got);
-    if (errno != EINTR) throw InputFailure(std::strerror(errno));
+    if (!canTryAgain(fd_, POLLIN)) throw InputFailure(std::strerror(errno));
   }
 }
 
@@ -149,7 +161,7 @@ void Output::write(std::string_view text) {
     const ssize_t written = ::write(fd_, text.data(), text.size());
     if (written >= 0) {
       text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno != EINTR) {
+    } else if (!canTryAgain(fd_, POLLOUT)) {
       fail("write error");
     }
   }

@@ -84,7 +84,7 @@ inline bool isSameFile(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-// The file behind `path`, or nothing when there is none.
+// The file behind `path`, standard input for "-", or nothing when there is none.
 std::optional<struct stat> fileAt(const std::string& path);
 
 }  // namespace cli

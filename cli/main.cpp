@@ -3,8 +3,10 @@
 #include <cstdio>
 
 #include "convert.h"
+#include "explain.h"
 #include "files.h"
 #include "options.h"
+#include "version.h"
 
 namespace {
 
@@ -26,11 +28,14 @@ Status run(int argc, char** argv) {
   const cli::Options options = cli::parseOptions(argc, argv);
   if (options.help) return print(cli::helpText());
   if (options.list) return print(cli::encodingList());
+  if (options.version) return print(cli::versionText());
   if (EncodingConvertor::initializeInstance(nullptr) != 0) {
     cli::printMessage("not enough memory");
     return Status::failure;
   }
-  return cli::convertFiles(*EncodingConvertor::getInstance(), options);
+  EncodingConvertor& converter = *EncodingConvertor::getInstance();
+  if (options.explain) return print(cli::explain(converter, *options.explain));
+  return cli::convertFiles(converter, options);
 }
 
 }  // namespace

@@ -103,17 +103,15 @@ constexpr OptionRow kOptions[] = {
      [](Options& o, const char*) { o.version = true; }},
 };
 
-bool isOptional(const OptionRow& row) { return row.argument != nullptr && row.argument[0] == '['; }
-
 // Rows without a letter are told apart by values that no letter has.
 constexpr int kFirstLongOnly = 0x100;
 
 std::vector<option> longOptions() {
   std::vector<option> options;
   for (const OptionRow& row : kOptions) {
-    const int kind = row.argument == nullptr ? no_argument
-                     : isOptional(row)       ? optional_argument
-                                             : required_argument;
+    const int kind = row.argument == nullptr    ? no_argument
+                     : hasOptionalArgument(row) ? optional_argument
+                                                : required_argument;
     options.push_back(
         {row.name, kind, nullptr, kFirstLongOnly + static_cast<int>(&row - kOptions)});
   }
@@ -126,7 +124,7 @@ std::string shortOptions() {
   for (const OptionRow& row : kOptions) {
     if (row.letter == 0) continue;
     letters += row.letter;
-    if (row.argument != nullptr) letters += isOptional(row) ? "::" : ":";
+    if (row.argument != nullptr) letters += hasOptionalArgument(row) ? "::" : ":";
   }
   return letters;
 }
@@ -145,10 +143,15 @@ void checkTogether(const Options& o) {
   if (o.inPlace && std::count(o.files.begin(), o.files.end(), "-") != 0) {
     refuse("-i needs files, not standard input");
   }
+  if (!o.report.empty() && o.report == o.output) refuse("--report and -o name the same file");
   if (o.suffix.find('/') != std::string::npos) refuse("--in-place: a suffix has no '/'");
 }
 
 }  // namespace
+
+bool hasOptionalArgument(const OptionRow& row) {
+  return row.argument != nullptr && row.argument[0] == '[';
+}
 
 std::span<const OptionRow> optionTable() { return kOptions; }
 
@@ -190,7 +193,7 @@ std::string helpText() {
     std::string left = row.letter != 0 ? std::string("  -") + row.letter + ", --" : "      --";
     left += row.name;
     if (row.argument != nullptr) {
-      left += isOptional(row) ? "[=SUFFIX]" : std::string("=") + row.argument;
+      left += hasOptionalArgument(row) ? "[=SUFFIX]" : std::string("=") + row.argument;
     }
     left.resize(std::max<std::size_t>(left.size() + 2, 28), ' ');
     text += left + row.help + '\n';

@@ -57,11 +57,12 @@ struct OptionRow {
   const char* name;      // without the "--"
   const char* argument;  // its name, null for none; in brackets when it may be left out
   Completion completion;
-  const char* help;  // null for an option that undoes the one above it
+  const char* help;
   void (*set)(Options& options, const char* argument);
 };
 
 std::span<const OptionRow> optionTable();
+bool hasOptionalArgument(const OptionRow& row);
 
 // Throws UsageError.
 Options parseOptions(int argc, char** argv);

@@ -12,6 +12,7 @@ namespace {
 constexpr UINT16 kUnknownEntity = 0xFFFE;
 constexpr gchar_t kUnmapped = 0x3F3F;
 constexpr std::size_t kLongestName = 31;
+constexpr std::size_t kLongestReference = kLongestName + 2;
 
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
@@ -64,7 +65,18 @@ class EntityStage : public Stage {
   EntityStage(EncodingConvertor& converter, Markup markup)
       : converter_(converter), markup_(markup) {}
 
-  void apply(std::string_view text, bool, std::string& out) override {
+  void apply(std::string_view text, bool lineGoesOn, std::string& out) override {
+    const std::string joined = begun_.empty() ? std::string() : begun_ + std::string(text);
+    if (!begun_.empty()) text = joined;
+    begun_.clear();
+    if (lineGoesOn) {
+      // The next part may go on with the reference.
+      const std::size_t last = text.rfind('&');
+      if (last != std::string_view::npos && text.size() - last < kLongestReference) {
+        begun_ = text.substr(last);
+        text.remove_suffix(begun_.size());
+      }
+    }
     for (;;) {
       // No character has "&" as its second byte.
       const std::size_t plain = std::min(text.find('&'), text.size());
@@ -115,6 +127,7 @@ class EntityStage : public Stage {
 
   EncodingConvertor& converter_;
   const Markup markup_;
+  std::string begun_;  // a reference at the end of a part
 };
 
 }  // namespace

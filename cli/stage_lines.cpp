@@ -43,7 +43,7 @@ class StandIns {
     if (unit == 0 || isgcharspace(unit) || isShapeChar(unit)) return unit;
     return isGraphChar(unit) ? marks_[number & 0xFF] : ordinary_[number & 0xFF];
   }
-  std::size_t numberOf(gchar_t standIn) const { return numbers_[standIn]; }
+  std::uint32_t numberOf(gchar_t standIn) const { return numbers_[standIn]; }
 
  private:
   using Codes = std::array<gchar_t, 1 << kBits>;
@@ -62,7 +62,9 @@ class StandIns {
 class TrimStage : public Stage {
  public:
   explicit TrimStage(EncodingConvertor& converter) {
-    for (unsigned short c = 0; c < widened_.size(); ++c) widened_[c] = converter.getucgvalue(c);
+    for (unsigned short c = 0; c < widenedAscii_.size(); ++c) {
+      widenedAscii_[c] = converter.getucgvalue(c);
+    }
   }
 
   void apply(std::string_view text, bool, std::string& out) override {
@@ -74,47 +76,45 @@ class TrimStage : public Stage {
   }
 
  private:
-  struct Character {
-    std::size_t at;
-    gchar_t unit;  // as the library would see it
-  };
-
   void trim(std::string_view line, std::string& out) {
-    split(line);
+    widen(line);
     findKept();
-    std::size_t next = 0;  // behind the last one written
+    const char* at = line.data();
+    std::size_t number = 0;  // of the character there
+    const auto step = [&] {
+      at += isAscii(static_cast<Byte>(*at)) ? 1 : 2;
+      ++number;
+    };
     for (std::size_t i = 0; i < kept_.size(); ++i) {
       if (isgcharspace(trimmed_[i])) {
-        while (!isgcharspace(characters_[next].unit)) ++next;
-        appendBlank(line[characters_[next].at], trimmed_[i], out);
+        while (!isgcharspace(widened_[number])) step();
+        appendBlank(*at, trimmed_[i], out);
       } else {
-        next = kept_[i];
-        const std::size_t at = characters_[next].at;
-        out.append(line.substr(at, isAscii(static_cast<Byte>(line[at])) ? 1 : 2));
-        ++next;
+        while (number != kept_[i]) step();
+        const char* const character = at;
+        step();
+        out.append(character, at);
       }
     }
   }
 
-  void split(std::string_view line) {
-    characters_.clear();
+  void widen(std::string_view line) {
+    widened_.clear();
     for (std::size_t at = 0; at < line.size();) {
       const auto b = static_cast<Byte>(line[at]);
-      characters_.push_back({at, isAscii(b) ? widened_[b] : unitAt(line.data() + at)});
+      widened_.push_back(isAscii(b) ? widenedAscii_[b] : unitAt(line.data() + at));
       at += isAscii(b) ? 1 : 2;
     }
   }
 
-  // Fills trimmed_ with the stand-ins that are left and kept_ with their places.
+  // Fills trimmed_ with the stand-ins that are left and kept_ with their numbers.
   void findKept() {
-    const std::size_t size = characters_.size();
+    const std::size_t size = widened_.size();
     source_.resize(size + 1);
     source_[size] = 0;
     trimmed_.resize(size + 1);
     for (unsigned shift = 0; shift == 0 || size >> shift != 0; shift += StandIns::kBits) {
-      for (std::size_t i = 0; i < size; ++i) {
-        source_[i] = standIns_.of(characters_[i].unit, i >> shift);
-      }
+      for (std::size_t i = 0; i < size; ++i) source_[i] = standIns_.of(widened_[i], i >> shift);
       const std::size_t left = trimgPunc(source_.data(), size + 1, trimmed_.data()) - 1;
       if (shift == 0) kept_.assign(left, 0);
       for (std::size_t i = 0; i < left; ++i) kept_[i] |= standIns_.numberOf(trimmed_[i]) << shift;
@@ -133,11 +133,12 @@ class TrimStage : public Stage {
   }
 
   const StandIns standIns_;
-  std::array<gchar_t, 0x80> widened_;
-  std::vector<Character> characters_;
+  std::array<gchar_t, 0x80> widenedAscii_;
+  // Of the line: as the library would see it, with stand-ins, and what is left of these.
+  std::vector<gchar_t> widened_;
   std::vector<gchar_t> source_;
   std::vector<gchar_t> trimmed_;
-  std::vector<std::size_t> kept_;
+  std::vector<std::uint32_t> kept_;
 };
 
 class TruncateStage : public Stage {
@@ -145,18 +146,36 @@ class TruncateStage : public Stage {
   explicit TruncateStage(std::size_t limit) : limit_(limit) {}
 
   void apply(std::string_view text, bool lineGoesOn, std::string& out) override {
-    bool isRestOfCutLine = isCut_;
-    forEachLine(text, out, [&](std::string_view line) {
-      isCut_ = isRestOfCutLine || line.size() > limit_;
-      const std::string_view body = withoutCarriageReturn(line);
-      if (!isRestOfCutLine) cut(body, out);
-      out.append(line.substr(body.size()));
-      isRestOfCutLine = false;
-    });
-    isCut_ = isCut_ && lineGoesOn;
+    const std::size_t lastLine = text.rfind('\n') + 1;
+    const std::string_view part = lineGoesOn ? text.substr(lastLine) : std::string_view();
+    text.remove_suffix(part.size());
+    if (!begun_.empty() && !(lineGoesOn && text.empty())) {
+      const std::size_t end = std::min(text.find('\n'), text.size());
+      keep(text.substr(0, end));
+      cutLine(begun_, out);
+      begun_.clear();
+      text.remove_prefix(end);
+    }
+    forEachLine(text, out, [&](std::string_view line) { cutLine(line, out); });
+    keep(part);
   }
 
  private:
+  void keep(std::string_view part) {
+    if (begun_.size() <= limit_ + 2) {
+      begun_.append(part);
+    } else if (!part.empty()) {
+      // Of a line that is too long already, all that matters is whether it ends in a return.
+      begun_.back() = part.back() == '\r' ? '\r' : '-';
+    }
+  }
+
+  void cutLine(std::string_view line, std::string& out) {
+    const std::string_view body = withoutCarriageReturn(line);
+    cut(body, out);
+    out.append(line.substr(body.size()));
+  }
+
   void cut(std::string_view line, std::string& out) {
     if (line.size() <= limit_) {
       out.append(line);
@@ -185,7 +204,7 @@ class TruncateStage : public Stage {
   }
 
   const std::size_t limit_;
-  bool isCut_ = false;  // the line that goes on
+  std::string begun_;  // a line that goes on
   std::string standIn_;
 };
 

@@ -1,12 +1,9 @@
 // From GBK to the other targets.
 
-#include <iconv.h>
-
 #include <algorithm>
-#include <array>
-#include <stdexcept>
 
 #include "library_call.h"
+#include "recode.h"
 #include "runs.h"
 #include "stage.h"
 
@@ -86,26 +83,16 @@ class Big5Stage : public Stage {
 class Utf8Stage : public Stage {
  public:
   Utf8Stage() {
-    const iconv_t converter = iconv_open("UTF-8", "GB18030");
-    if (converter == reinterpret_cast<iconv_t>(-1)) {
-      throw std::runtime_error("the C library cannot convert GB18030 to UTF-8");
-    }
+    const Recoder toUtf8("UTF-8", "GB18030");
     for (unsigned lead = 0x81; lead <= 0xFE; ++lead) {
       for (unsigned trail = 0x40; trail <= 0xFE; ++trail) {
-        char code[2] = {static_cast<char>(lead), static_cast<char>(trail)};
+        const char code[2] = {static_cast<char>(lead), static_cast<char>(trail)};
+        const auto text = toUtf8({code, sizeof code});
+        if (!text || text->size() > sizeof(Sequence::bytes)) continue;
         Sequence& sequence = sequences_[unitAt(code)];
-        char* in = code;
-        std::size_t inLeft = sizeof code;
-        char* to = sequence.bytes;
-        std::size_t toLeft = sizeof sequence.bytes;
-        if (iconv(converter, &in, &inLeft, &to, &toLeft) == static_cast<std::size_t>(-1)) {
-          iconv(converter, nullptr, nullptr, nullptr, nullptr);
-        } else {
-          sequence.size = static_cast<unsigned char>(to - sequence.bytes);
-        }
+        sequence.size = static_cast<unsigned char>(text->copy(sequence.bytes, text->size()));
       }
     }
-    iconv_close(converter);
   }
 
   void apply(std::string_view text, bool, std::string& out) override {

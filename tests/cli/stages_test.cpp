@@ -7,6 +7,7 @@
 
 #include "bytes.h"
 #include "convert_in_pieces.h"
+#include "stage.h"
 
 namespace cli_test {
 namespace {
@@ -102,6 +103,37 @@ TEST(Truncate, FoldsNothingAndDropsTheRestOfALongLine) {
             "\xA3\xC1\xA1\xA1 \t...\r\nshort\n");
   const std::string line(3 << 20, '-');
   EXPECT_EQ(gbk(line + "\n" + line + "\nend", cut), "-------...\n-------...\nend");
+}
+
+TEST(Stages, PartsOfALineDoNotShow) {
+  std::mt19937 random(4);
+  const std::vector<std::string> words = {"a",  "\n",   "&", "lt",       ";",        "#65", "&amp",
+                                          "\r", "\r\n", ".", "\xB0\xA1", "\xA3\xBC", "Z",   "&gt;"};
+  const std::vector<std::function<std::unique_ptr<cli::Stage>()>> stages = {
+      [] { return cli::makeEntityStage(converter(), cli::Markup::plain); },
+      [] { return cli::makeWidthStage(cli::Markup::escaped); }, [] { return cli::makeCaseStage(); },
+      [] { return cli::makeTruncateStage(5); }, [] { return cli::makeReferenceStage(); }};
+  for (int i = 0; i < 3000; ++i) {
+    std::string text;
+    std::vector<std::size_t> cuts = {0};
+    for (auto left = random() % 20; left != 0; --left) {
+      text += words[random() % words.size()];
+      if (random() % 4 == 0) cuts.push_back(text.size());
+    }
+    cuts.push_back(text.size());
+    for (const auto& make : stages) {
+      std::string whole;
+      make()->apply(text, false, whole);
+      std::string joined;
+      const auto stage = make();
+      for (std::size_t cut = 1; cut < cuts.size(); ++cut) {
+        const std::string part = text.substr(cuts[cut - 1], cuts[cut] - cuts[cut - 1]);
+        const bool isLast = cut + 1 == cuts.size();
+        stage->apply(part, !isLast && !part.ends_with('\n'), joined);
+      }
+      ASSERT_EQ(joined, whole) << cli::inHex(text);
+    }
+  }
 }
 
 struct EntityRow {

@@ -1,0 +1,18 @@
+// What becomes of a character, and why.
+
+#ifndef SGBK_CLI_EXPLAIN_H
+#define SGBK_CLI_EXPLAIN_H
+
+#include <string>
+
+#include "sgbk/EncodingConvertor.h"
+
+namespace cli {
+
+// text  in the encoding of the locale; so is the result
+// Throws UsageError when it is not valid.
+std::string explain(EncodingConvertor& converter, const std::string& text);
+
+}  // namespace cli
+
+#endif
