@@ -1,5 +1,6 @@
 // Big5 and traditional GBK to double-byte simplified GBK.
 
+#include "core/byte_block.h"
 #include "core/undefined_codes.h"
 #include "sgbk/EncodingConvertor.h"
 #include "stream/unit_output.h"
@@ -17,20 +18,36 @@ int convertPairs(const char* src, int srclen, char* dest, int destlen, const gch
   sgbk::UnitOutput out(dest, destlen);
   const Byte* in = sgbk::bytesOf(src);
   const Byte* const end = in + srclen;
+  const auto takeCharacter = [&] {
+    const Byte b = *in;
+    if (sgbk::isAscii(b)) {
+      out.write(ascii[b]);
+      in += 1;
+    } else if (sgbk::isLeadByte(b)) {
+      out.write(lookup(sgbk::loadUnit(in)));
+      in += 2;
+    } else {
+      in += 1;
+    }
+  };
   // A step reads two bytes and writes one unit at most, so this many need no test of the ends.
   while (std::ptrdiff_t steps = std::min((end - in) / 2, out.room())) {
-    do {
-      const Byte b = *in;
-      if (sgbk::isAscii(b)) {
-        out.write(ascii[b]);
-        in += 1;
-      } else if (sgbk::isLeadByte(b)) {
-        out.write(lookup(sgbk::loadUnit(in)));
-        in += 2;
+    while (steps >= sgbk::kBlockBytes) {
+      const sgbk::Block block = sgbk::loadBlock(in);
+      if (sgbk::isAllAscii(block)) {
+        sgbk::unrolled<8>([&](int i) { out.write(ascii[in[i]]); });
+        in += sgbk::kBlockBytes;
+        steps -= 8;
+      } else if (sgbk::isAllPairs(block)) {
+        sgbk::unrolled<4>([&](int i) { out.write(lookup(sgbk::loadUnit(in + 2 * i))); });
+        in += sgbk::kBlockBytes;
+        steps -= 4;
       } else {
-        in += 1;
+        takeCharacter();
+        steps -= 1;
       }
-    } while (--steps != 0);
+    }
+    for (; steps > 0; --steps) takeCharacter();
   }
   // Without room, or with a single byte left: a lead byte there has no character to give.
   if (in != end && out.room() > 0 && sgbk::isAscii(*in)) out.write(ascii[*in]);
