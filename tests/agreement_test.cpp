@@ -75,6 +75,38 @@ TEST_P(Agreement, OnEveryShortStringOfTellingBytes) {
   }
 }
 
+// Runs of one kind may be converted many bytes at a time, so whatever breaks them is put at every
+// place of such a block.
+TEST_P(Agreement, OnWhateverBreaksALongRun) {
+  const Operation& operation = *GetParam();
+  const bool units =
+      operation.source == Source::units || operation.source == Source::terminatedUnits;
+  std::vector<std::string> breaks;
+  for (int b = 0; b < 256; ++b) {
+    breaks.push_back(units ? std::string{static_cast<char>(b), '\0'}
+                           : std::string{static_cast<char>(b)});
+  }
+  const std::string alphabet = fromHex(operation.alphabet);
+  for (const char one : alphabet) {
+    for (const char other : alphabet) breaks.push_back({one, other});
+  }
+  std::mt19937 random(5);
+  std::string ascii;
+  std::string characters;
+  for (int i = 0; i < 40; ++i) {
+    ascii += units ? std::string{static_cast<char>('a' + i % 26), '\0'}
+                   : std::string{static_cast<char>('a' + i % 26)};
+    characters += randomCharacter(operation, random);
+  }
+  for (const std::string& run : {ascii, characters}) {
+    for (const std::string& piece : breaks) {
+      for (std::size_t at = 0; at <= 16; ++at) {
+        ASSERT_NO_FATAL_FAILURE(agreeWithRoom(std::string(run).insert(at, piece)));
+      }
+    }
+  }
+}
+
 TEST_P(Agreement, OnRandomText) {
   std::mt19937 random(20);
   const auto below = [&](std::size_t n) { return random() % n; };
