@@ -43,8 +43,8 @@ int convertPairs(const char* src, int srclen, char* dest, int destlen, const gch
         in += sgbk::kBlockBytes;
         steps -= 4;
       } else {
-        takeCharacter();
-        steps -= 1;
+        for (int i = 0; i < 4; ++i) takeCharacter();
+        steps -= 4;
       }
     }
     for (; steps > 0; --steps) takeCharacter();

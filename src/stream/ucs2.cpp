@@ -10,17 +10,35 @@ int EncodingConvertor::uc2sgbk(const unsigned short* src, int srclen, char* dest
   const unsigned short* const end = src + srclen;
   char* out = dest;
   char* const outEnd = destlen > 0 ? dest + destlen : dest;
+  const auto takeUnit = [&] {
+    const unsigned short u = *in++;
+    if (u <= 0x7F) {
+      *out++ = static_cast<char>(u);
+    } else if (const gchar_t unit = table[u]; sgbk::isWritten(u, unit)) {
+      sgbk::storeUnit(out, unit);
+      out += 2;
+    }
+  };
   // A step reads one unit and writes two bytes at most.
   while (std::ptrdiff_t steps = std::min(end - in, (outEnd - out) / 2)) {
-    do {
-      const unsigned short u = *in++;
-      if (u <= 0x7F) {
-        *out++ = static_cast<char>(u);
-      } else if (const gchar_t unit = table[u]; sgbk::isWritten(u, unit)) {
-        sgbk::storeUnit(out, unit);
-        out += 2;
+    while (steps >= sgbk::kBlockUnits) {
+      const sgbk::Units codes = sgbk::loadUnits(in);
+      const sgbk::Units ascii = sgbk::asciiUnits(codes);
+      if (sgbk::everyBit(ascii)) {
+        sgbk::storeLowBytes(out, codes);
+        out += sgbk::kBlockUnits;
+        in += sgbk::kBlockUnits;
+      } else if (const sgbk::Units units = sgbk::lookUpUnits(table, in);
+                 !sgbk::anyBit(ascii) && sgbk::areAllWritten(codes, units)) {
+        sgbk::storeUnits(out, units);
+        out += 2 * sgbk::kBlockUnits;
+        in += sgbk::kBlockUnits;
+      } else {
+        for (int i = 0; i < sgbk::kBlockUnits; ++i) takeUnit();
       }
-    } while (--steps != 0);
+      steps -= sgbk::kBlockUnits;
+    }
+    for (; steps > 0; --steps) takeUnit();
   }
   // One byte of room: it waits for an ASCII character, and a two-byte one ends the conversion.
   for (; in != end && out != outEnd; ++in) {
@@ -39,12 +57,24 @@ int EncodingConvertor::uc2sgbk_DB(const unsigned short* src, int srclen, char* d
   const unsigned short* in = src;
   const unsigned short* const end = src + srclen;
   sgbk::UnitOutput out(dest, destlen);
+  const auto takeUnit = [&] {
+    const unsigned short u = *in++;
+    const gchar_t unit = table[u];
+    if (sgbk::isWritten(u, unit)) out.write(unit);
+  };
   while (std::ptrdiff_t steps = std::min(end - in, out.room())) {
-    do {
-      const unsigned short u = *in++;
-      const gchar_t unit = table[u];
-      if (sgbk::isWritten(u, unit)) out.write(unit);
-    } while (--steps != 0);
+    while (steps >= sgbk::kBlockUnits) {
+      const sgbk::Units units = sgbk::lookUpUnits(table, in);
+      if (sgbk::areAllWritten(sgbk::loadUnits(in), units)) {
+        sgbk::storeUnits(out.next, units);
+        out.next += 2 * sgbk::kBlockUnits;
+        in += sgbk::kBlockUnits;
+      } else {
+        for (int i = 0; i < sgbk::kBlockUnits; ++i) takeUnit();
+      }
+      steps -= sgbk::kBlockUnits;
+    }
+    for (; steps > 0; --steps) takeUnit();
   }
   return out.written();
 }

@@ -4,6 +4,7 @@
 #define SGBK_STREAM_UNICODE_TABLE_H
 
 #include "sgbk/EncodingConvertor.h"
+#include "stream/unit_block.h"
 
 namespace sgbk {
 
@@ -13,6 +14,11 @@ inline constexpr unsigned short kByteOrderMark = 0xFEFF;
 
 inline bool isWritten(unsigned short codePoint, gchar_t entry) {
   return entry != kUnmapped && codePoint != kByteOrderMark;
+}
+
+inline bool areAllWritten(Units codePoints, Units entries) {
+  return !anyBit(
+      _mm_or_si128(unitsEqualTo(codePoints, kByteOrderMark), unitsEqualTo(entries, kUnmapped)));
 }
 
 }  // namespace sgbk
