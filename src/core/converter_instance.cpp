@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include "core/ascii_overlay.h"
@@ -47,16 +48,11 @@ EncodingConvertor::~EncodingConvertor() = default;
 int EncodingConvertor::initializeInstance(const char* pathname) {
   const Lock lock;
   if (instance != nullptr) return 0;
-  auto* const converter = new (std::nothrow) EncodingConvertor;
-  if (converter == nullptr) return -1;
-  const int result = converter->initialize(pathname);
-  if (result < 0) {
-    delete converter;
-    return -1;
-  }
+  std::unique_ptr<EncodingConvertor> converter(new (std::nothrow) EncodingConvertor);
+  if (converter == nullptr || converter->initialize(pathname) < 0) return -1;
   // A thread that sees the pointer in getInstance also sees the tables behind it.
-  std::atomic_ref(instance).store(converter, std::memory_order_release);
-  return result;
+  std::atomic_ref(instance).store(converter.release(), std::memory_order_release);
+  return 0;
 }
 
 EncodingConvertor* EncodingConvertor::getInstance() {
