@@ -66,6 +66,9 @@ constexpr Row kRows[] = {
     {"sbc2dbc", "the end is seen before the lack of room", "61 62 63", 4, 3, "61 62 63 00"},
     {"sbc2dbc", "the blank before a cut word stays", "68 65 6C 6C 6F 20 77 6F 72 6C 64", 11, 9,
      "68 65 6C 6C 6F 20 2E 2E 2E 00"},
+    {"sbc2dbc", "no more than 16 bytes of it go",
+     "41 61 61 61 61 61 61 61 61 61 61 61 61 61 61 61 61 61 61 61 61 61", 22, 5,
+     "41 61 2E 2E 2E 00"},
     {"sbc2dbc", "dots of the text go before ours", "57 61 69 74 2E 2E 2E 2E 20 6D", 9, 7,
      "57 61 69 74 2E 2E 2E 00"},
     {"sbc2dbc", "a small buffer gets the dots that fit", "B0 A1 B0 A1", 3, 2, "2E 2E 00"},
@@ -122,6 +125,9 @@ TEST(TellingCases, NoInputIsRead) {
     EXPECT_EQ(converter.hzgb2gbk(nowhere, none, dest, 8), 0);
     EXPECT_EQ(sbc2dbc(nowhere, none, dest, 8, false), 0);
   }
+  gchar_t unit = 7;
+  EXPECT_EQ(trimgPunc(nullptr, 0, &unit), 1u);
+  EXPECT_EQ(unit, 0);
 }
 
 }  // namespace

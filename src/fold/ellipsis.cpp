@@ -17,9 +17,8 @@ int endWithEllipsis(char* text, int length, int capacity, Byte lowestTrail) {
   last = std::max(last, -1);
 
   // A word cut short goes too, but no more than 16 bytes of it.
-  if (last >= 0 && std::isalnum(byteAt(last)) != 0) {
-    const int limit = std::max(0, last - 16);
-    while (last > limit && std::isalnum(byteAt(last)) != 0) --last;
+  for (const int limit = std::max(0, last - 16); last > limit && std::isalnum(byteAt(last)) != 0;) {
+    --last;
   }
 
   // The dots of the text would run into ours.
