@@ -38,7 +38,7 @@ class Ucs2Decoder : public Decoder {
  private:
   void load(std::string_view in) {
     units_.resize(in.size() / 2);
-    std::memcpy(units_.data(), in.data(), 2 * units_.size());
+    if (!units_.empty()) std::memcpy(units_.data(), in.data(), 2 * units_.size());
     if (isLittleEndian_) return;
     for (Unit& unit : units_) unit = static_cast<Unit>(unit << 8 | unit >> 8);
   }
