@@ -284,6 +284,7 @@ class Account(Test):
         self.assertIn("as big5 2 of 7", message)
         late = b"x" * (2 << 20) + b"\n" + LOSSY
         self.assertEqual(run("-o", "out", data=late)[0], 3)
+        self.assertEqual(run("-o", "out", self.write("good", b"a\n"), "-", data=late)[0], 3)
         self.assertFalse(os.path.exists("out"))
 
     def test_usage(self):

@@ -58,6 +58,7 @@ TEST(Trim, LeavesTheFormOfWhatItKeeps) {
   EXPECT_EQ(gbk("  A\xA3\xC1 \xA1\xA1\xA3\xC2\xA1\xA1 B\t\tc \r\n\r\n d", trim),
             "A\xA3\xC1 \xA3\xC2\xA1\xA1"
             "B\tc\r\n\r\nd");
+  EXPECT_EQ(gbk("a\xA1\xEE b", trim), "a b");
   // More characters than stand-ins, each one another.
   std::string marks;
   for (char c = '\xA1'; c != '\xFF'; ++c) marks += std::string("x!") + "\xA3" + c;
@@ -180,9 +181,9 @@ TEST(Losses, TellingCases) {
        "a\n\n\xA1\xA1",
        {"2:2:81:malformed", "3:4:81 3C:malformed", "3:6:80:malformed"}},
       {Source::big5,
-       "\xC5\xE9\x81\x41\xA1\x7F\xA4",
+       "\xC5\xE9\x81\x41\xA1\x85\xA4",
        "\xCC\xE5\xA1\xA1\xA1\xA1",
-       {"1:2:81 41:undefined", "1:4:A1 7F:malformed", "1:6:A4:malformed"}},
+       {"1:2:81 41:undefined", "1:4:A1 85:malformed", "1:6:A4:malformed"}},
       {Source::gbk,
        "\x84\x31\x95\x33\xA1\xA1\x94\x39\xFC\x36\xAA\xA1",
        "\xA1\xA1\xA1\xA1\xA1\xA1\xA1\xA1",
@@ -225,6 +226,9 @@ TEST(Losses, TheTargetsAreFoundInTheInput) {
                                                      "3:11:81 40:undefined"}));
   EXPECT_EQ(result.summary,
             "3 of 8 characters lost (3 undefined, 0 malformed); first: line 2, byte 4: 81 40");
+  // Found after one that stands behind it.
+  EXPECT_EQ(convert("\x81\x40\n\x80\n", plain(Source::gbk, Target::big5)).losses,
+            (std::vector<std::string>{"1:0:81 40:undefined", "2:3:80:malformed"}));
   cli::Options options = plain(Source::utf8, Target::big5);
   options.entities = true;
   EXPECT_EQ(convert("x\ny&#x4E02;", options).losses,
