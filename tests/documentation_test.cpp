@@ -1,4 +1,5 @@
-// What docs/ shows and promises: every row of its example tables, and the sizes that it calls enough.
+// What docs/ shows and promises: every row of its example tables, and the sizes that it calls
+// enough.
 
 #include <gtest/gtest.h>
 
@@ -40,14 +41,15 @@ class Documentation : public testing::Test {
 
 TEST_F(Documentation, ExamplesAreTrue) {
   const std::regex form(
-      "\\| `([^`]+)` \\| `([0-9A-F ]+)` \\| (\\d+) \\| (-?\\d+) \\| (?:`([0-9A-F ]+)`|nothing) \\|");
+      "\\| `([^`]+)` \\| `([0-9A-F ]+)` \\| (\\d+) \\| (-?\\d+) \\| (?:`([0-9A-F ]+)`|nothing) "
+      "\\|");
   const auto rows = rowsBelow("| operation | source | room | returns |");
   EXPECT_GT(rows.size(), 40u);
   for (const std::string& row : rows) {
     std::smatch cells;
     ASSERT_TRUE(std::regex_match(row, cells, form)) << row;
-    const Outcome outcome = run(operationNamed(cells[1]), fromHex(cells[2]),
-                                Destination{std::stol(cells[3]), '\x5A'});
+    const Outcome outcome =
+        run(operationNamed(cells[1]), fromHex(cells[2]), Destination{std::stol(cells[3]), '\x5A'});
     const std::string expected = fromHex(cells[5]);
     EXPECT_EQ(outcome.result, std::stol(cells[4])) << row;
     EXPECT_EQ(toHex(outcome.dest.substr(0, expected.size())), toHex(expected)) << row;

@@ -6,7 +6,10 @@
 int main() {
   if (EncodingConvertor::initializeInstance(nullptr) != 0) return 2;
   char gbk[4];
-  const int length = EncodingConvertor::getInstance()->b52sgbk("\xB0\xEA" "A", 3, gbk, sizeof gbk);
+  const int length = EncodingConvertor::getInstance()->b52sgbk(
+      "\xB0\xEA"
+      "A",
+      3, gbk, sizeof gbk);
   EncodingConvertor::clear();
   return length == 4 && std::memcmp(gbk, "\xB9\xFA\xA3\xC1", 4) == 0 ? 0 : 1;
 }
