@@ -9,7 +9,8 @@
 //
 // Malformed input is never rejected: a lead byte 81..FE takes the next byte as its trail byte,
 // whatever that byte is. Nothing is read outside the input or written outside the output, and
-// bytes of the output behind the result stay untouched. Source and destination may not overlap.
+// bytes of the output behind the result stay untouched, unless text was cut. Source and destination
+// may not overlap.
 
 #ifndef SGBK_ENCODING_CONVERTOR_H
 #define SGBK_ENCODING_CONVERTOR_H
@@ -119,6 +120,8 @@ class SGBK_API EncodingConvertor {
   // ifcase   Latin capitals become small letters; other alphabets stay as they are
   // Returns  the bytes written before the NUL; 0 for destlen 0 or less, which writes nothing
   int gchar2big5(const char* src, char* dest, int destlen, bool ifcase);
+
+  // --- One entry of a table ------------------------------------------------------------------
 
   // The unfiltered table entry of a UCS-2 code unit: its character in double-byte GBK, or 0x3F3F
   // when it has none.

@@ -15,6 +15,7 @@
 #include "CharEntity.h"
 #include "visibility.h"
 
+// A GBK double-byte character.
 typedef unsigned short gchar_t;
 
 // Reserved public value; nothing in the library writes or tests it.
