@@ -56,6 +56,22 @@ TEST_F(Documentation, ExamplesAreTrue) {
   }
 }
 
+TEST_F(Documentation, LinksLeadSomewhere) {
+  namespace fs = std::filesystem;
+  const fs::path root = fs::path(SGBK_DOCS).parent_path();
+  std::vector<fs::path> pages = {root / "README.md", root / "CONTRIBUTING.md", root / "SECURITY.md",
+                                 root / "data/README.md", root / "src/README.md"};
+  for (const auto& page : fs::directory_iterator(SGBK_DOCS)) pages.push_back(page.path());
+  const std::regex link(R"(\]\(([^)#:]+)\))");
+  for (const fs::path& page : pages) {
+    std::ifstream in(page);
+    const std::string text((std::istreambuf_iterator<char>(in)), {});
+    for (std::sregex_iterator i(text.begin(), text.end(), link), end; i != end; ++i) {
+      EXPECT_TRUE(fs::exists(page.parent_path() / (*i)[1].str())) << page << ": " << (*i)[1];
+    }
+  }
+}
+
 // All strings of telling bytes that make `n` units of the operation's source.
 std::vector<std::string> sources(const Operation& operation, std::size_t n) {
   std::vector<std::string> strings = {""};
