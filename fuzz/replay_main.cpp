@@ -42,7 +42,8 @@ int main(int argc, char** argv) {
       const std::string& other = seeds[below(seeds.size())];
       variant.insert(below(variant.size() + 1), other.substr(below(other.size() + 1), below(9)));
       variant[below(variant.size())] = static_cast<char>(below(256));
-      variant.resize(variant.size() - below(3));
+      variant[1] = static_cast<char>(below(256));  // another capacity
+      variant[2] = 0;
       runTarget(variant);
     }
   }

@@ -4,6 +4,7 @@
 #define SGBK_TESTS_OPERATIONS_H
 
 #include <functional>
+#include <random>
 #include <span>
 #include <string>
 
@@ -11,25 +12,26 @@
 
 namespace sgbk_test {
 
-enum class Source { bytes, units, terminated, terminatedUnits };
-
+// What the operation reads: counted or NUL-terminated bytes, counted units, units ended by a 0.
+enum class Text { bytes, terminated, utf8, hz, ucs2, units, names };
 // What may be given as the size of the destination: anything, or only what is surely enough.
 enum class Capacity { any, asSource, four };
 
 struct Operation {
-  const char* name;
-  Source source;
-  long elementSize;  // bytes of an element of the destination's size
+  std::string name;
+  Text text;
   Capacity capacity;
-  // A few bytes between which the operation makes all its distinctions.
-  const char* alphabet;
+  long elementSize;  // bytes of an element of the destination's size
   std::function<long(const char* src, long size, char* dest, long capacity)> call;
   std::function<Outcome(const std::string& src, Destination to)> twin;
 
-  // A capacity, in elements, that is always enough; even, for destinations of units.
-  long enough(std::size_t srcBytes) const {
-    return 5 * static_cast<long>((srcBytes + 1) / 2) / 2 * 2 + 4;
-  }
+  bool readsUnits() const { return text == Text::ucs2 || text == Text::units; }
+  // A few bytes between which the operation makes all its distinctions.
+  std::string alphabet() const;
+  // One character, mostly a mapped one; or the name of an entity.
+  std::string randomCharacter(std::mt19937& random) const;
+  // A capacity, in elements, that is always enough.
+  long enough(std::size_t srcBytes) const { return 5 * static_cast<long>(srcBytes) / 2 + 4; }
 };
 
 // Needs the converter to exist.

@@ -1,7 +1,6 @@
 #include "support/twins.h"
 
 #include <cctype>
-#include <cstring>
 
 extern "C" {
 extern const unsigned char _binary_data_big52sgbk_ctb_start[131072];
@@ -55,12 +54,13 @@ TABLE(simplifiedTable, _binary_data_gbkt2s_ctb_start, true)
 TABLE(unicodeTable, _binary_data_uc2sgbk_ctb_start, true)
 TABLE(toBig5Table, _binary_data_gbk2big5_ctb_start, false)
 
-Outcome twinPairs(Stream kind, const std::string& src, Destination to) {
+Outcome twinPairs(const std::string& src, Destination to, Stream kind) {
+  const Table& table = kind == Stream::big5 ? big5Table() : simplifiedTable();
   Writer out{to};
   for (size_t i = 0; i < src.size() && out.has(2);) {
     const int b = at(src, i);
     if (b <= 0x7F) {
-      out.unit(kind == Stream::big5 ? at(big5Table(), b) : at(simplifiedTable(), b));
+      out.unit(at(table, b));
       i += 1;
     } else if (b == 0x80 || b == 0xFF) {
       i += 1;
@@ -68,16 +68,15 @@ Outcome twinPairs(Stream kind, const std::string& src, Destination to) {
       break;
     } else {
       const gchar_t code = pairOf(b, at(src, i + 1));
-      out.unit(kind == Stream::big5       ? big5Table()[code]
-               : isGBKUndefinedChar(code) ? CHINESE_SPACE_CHAR
-                                          : simplifiedTable()[code]);
+      const bool blank = kind == Stream::gbk && isGBKUndefinedChar(code);
+      out.unit(blank ? CHINESE_SPACE_CHAR : at(table, code));
       i += 2;
     }
   }
   return out.done(out.n);
 }
 
-Outcome twinUcs2(bool doubleByte, const std::string& src, Destination to) {
+Outcome twinUcs2(const std::string& src, Destination to, bool doubleByte) {
   Writer out{to};
   for (size_t i = 0; i + 1 < src.size() && out.has(doubleByte ? 2 : 1); i += 2) {
     const gchar_t u = pairOf(at(src, i), at(src, i + 1));
@@ -200,7 +199,7 @@ Outcome twinHzToGbk(const std::string& src, Destination to) {
   return out.done(out.n);
 }
 
-Outcome twinArray(Array kind, const std::string& src, Destination to, bool ifcase) {
+Outcome twinArray(const std::string& src, Destination to, Array kind, bool ifcase) {
   to.size *= 2;
   Writer out{to};
   const size_t end = std::min(src.find('\0'), src.size());
@@ -263,17 +262,18 @@ int asciiForm(int lead, int trail, bool yenToo) {
   return lead == 0xA1 && trail == 0xE7 ? 0x24 : 0;
 }
 
-int lowered(int b, bool ifcase) { return ifcase && b >= 'A' && b <= 'Z' ? b + 0x20 : b; }
-
 }  // namespace
 
-Outcome twinFold(Fold kind, const std::string& src, Destination to, bool ifcase) {
+Outcome twinFold(const std::string& src, Destination to, Fold kind, bool ifcase) {
   Writer out{to};
-  if (to.size <= 0) return out.done(0);
   const bool big5 = kind == Fold::big5;
-  const long destend = to.size - (big5 ? 2 : 1);
-  const size_t end = kind == Fold::counted ? src.size() : std::min(src.find('\0'), src.size());
+  const bool page = kind == Fold::page;
+  if (to.size <= 0 && !page) return out.done(0);
+  const long destend = to.size - (big5 || page ? 2 : 1);
+  const bool counted = kind == Fold::counted || page;
+  const size_t end = counted ? src.size() : std::min(src.find('\0'), src.size());
   for (size_t i = 0;;) {
+    if (page && out.n >= destend) return out.done(-1);
     if (i == end) {
       const long result = out.n;
       out.byte(0);
@@ -282,74 +282,40 @@ Outcome twinFold(Fold kind, const std::string& src, Destination to, bool ifcase)
     if (out.n >= destend) return cut(out, big5 ? 0x80 : 0x81);
     const int b1 = at(src, i);
     const int b2 = i + 1 < end ? at(src, i + 1) : -1;
-    const gchar_t pair = pairOf(b1, b2 < 0 ? 0 : b2);
-    if (b2 >= 0 && isgcharspace(pair)) {
+    const gchar_t pair = b2 < 0 ? gchar_t{0} : pairOf(b1, b2);
+    const std::string reference = !page            ? ""
+                                  : pair == 0xA6A3 ? "&amp;"
+                                  : pair == 0xBCA3 ? "&lt;"
+                                  : pair == 0xBEA3 ? "&gt;"
+                                                   : "";
+    i += b1 > 0x80 && b2 >= 0 ? 2 : 1;
+    if (isgcharspace(pair)) {
       out.byte(' ');
-      i += 2;
-    } else if (b2 >= 0 && pair == TAB_CONVERSION_CHAR) {
+    } else if (pair == TAB_CONVERSION_CHAR && !page) {
       out.byte('\t');
-      i += 2;
-    } else if (b1 == 0x80 || (b1 > 0x80 && b2 < 0)) {
       i += 1;
+    } else if (!reference.empty()) {
+      if (out.n + static_cast<long>(reference.size()) > destend) return out.done(-1);
+      for (const char c : reference) out.byte(c);
+    } else if (b1 == 0x80 || (b1 > 0x80 && b2 < 0) ||
+               (page && pair == DESCRIPTION_CONTENT_SEPARATOR)) {
+      continue;
     } else if (b1 < 0x80) {
-      out.byte(lowered(b1, ifcase));
-      i += 1;
+      out.byte(ifcase && b1 >= 'A' && b1 <= 'Z' ? b1 + 0x20 : b1);
     } else {
       const int nextch = ifcase ? toLowerCase(pair) >> 8 : b2;
       if (const int ascii = asciiForm(b1, nextch, big5)) {
         out.byte(ascii);
-      } else if (!big5 && out.n == destend - 1) {
+      } else if (!page && !big5 && out.n == destend - 1) {
         return cut(out, 0x81);
       } else {
         out.unit(big5 ? toBig5Table()[pair] : pairOf(b1, nextch));
       }
-      i += 2;
     }
   }
 }
 
-Outcome twinPage(const std::string& src, Destination to, bool ifcase) {
-  Writer out{to};
-  const long destend = to.size - 2;
-  for (size_t i = 0; i < src.size() && out.n < destend;) {
-    const int b1 = at(src, i);
-    const bool hasPair = i + 1 < src.size();
-    const gchar_t pair = pairOf(b1, hasPair ? at(src, i + 1) : 0);
-    const char* reference = pair == 0xA6A3   ? "&amp;"
-                            : pair == 0xBCA3 ? "&lt;"
-                            : pair == 0xBEA3 ? "&gt;"
-                                             : nullptr;
-    if (hasPair && isgcharspace(pair)) {
-      out.byte(' ');
-      i += 2;
-    } else if (hasPair && pair == DESCRIPTION_CONTENT_SEPARATOR) {
-      i += 2;
-    } else if (hasPair && reference != nullptr) {
-      if (out.n + static_cast<long>(std::strlen(reference)) > destend) return out.done(-1);
-      for (const char* c = reference; *c != 0; ++c) out.byte(*c);
-      i += 2;
-    } else if (b1 == 0x80 || (b1 > 0x80 && !hasPair)) {
-      i += 1;
-    } else if (b1 < 0x80) {
-      out.byte(lowered(b1, ifcase));
-      i += 1;
-    } else {
-      const int nextch = (ifcase ? toLowerCase(pair) : pair) >> 8;
-      if (const int ascii = asciiForm(b1, nextch, false)) {
-        out.byte(ascii);
-      } else {
-        out.unit(pairOf(b1, nextch));
-      }
-      i += 2;
-    }
-  }
-  if (out.n >= destend) return out.done(-1);
-  const long result = out.n;
-  out.byte(0);
-  return out.done(result);
-}
-
-Outcome twinTrim(bool counted, const std::string& src, Destination to) {
+Outcome twinTrim(const std::string& src, Destination to, bool counted) {
   std::vector<gchar_t> in;
   for (size_t i = 0; i + 1 < src.size(); i += 2) in.push_back(pairOf(at(src, i), at(src, i + 1)));
   size_t end = 0;
@@ -410,7 +376,7 @@ Outcome twinLowered(const std::string& src, Destination) {
   return outcome;
 }
 
-Outcome twinEntity(Entity kind, const std::string& src, Destination to) {
+Outcome twinEntity(const std::string& src, Destination to, Entity kind) {
   Writer out{to};
   const std::string text = src.substr(0, src.find('\0'));
   const auto finish = [&](const std::string& written, long taken) {

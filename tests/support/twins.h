@@ -34,28 +34,27 @@ struct Destination {
 };
 
 enum class Stream { big5, gbk };
-Outcome twinPairs(Stream kind, const std::string& src, Destination to);
-Outcome twinUcs2(bool doubleByte, const std::string& src, Destination to);
+Outcome twinPairs(const std::string& src, Destination to, Stream kind);
+Outcome twinUcs2(const std::string& src, Destination to, bool doubleByte);
 Outcome twinUtf8(const std::string& src, Destination to);
 Outcome twinHz(const std::string& src, Destination to);
 Outcome twinHzToGbk(const std::string& src, Destination to);
 
 enum class Array { dbc, t2s, cache };
-Outcome twinArray(Array kind, const std::string& src, Destination to, bool ifcase);
+Outcome twinArray(const std::string& src, Destination to, Array kind, bool ifcase);
 
-enum class Fold { counted, terminated, big5 };
-Outcome twinFold(Fold kind, const std::string& src, Destination to, bool ifcase);
-Outcome twinPage(const std::string& src, Destination to, bool ifcase);
+enum class Fold { counted, terminated, big5, page };
+Outcome twinFold(const std::string& src, Destination to, Fold kind, bool ifcase);
 
 // `src` with its terminating 0 unit, as both forms of trimgPunc take it.
-Outcome twinTrim(bool counted, const std::string& src, Destination to);
-// `src` with its terminating 0 unit, lowered in the destination.
+Outcome twinTrim(const std::string& src, Destination to, bool counted);
+// The same, lowered in the destination.
 Outcome twinLowered(const std::string& src, Destination to);
 
-// Results of more than one part come as the number that `together` makes of them.
+// Results of two parts come as the number that `together` makes of them.
 constexpr long together(long value, long taken) { return value + 65536 * taken; }
 enum class Entity { code, codeOfPrefix, text, textOfPrefix };
-Outcome twinEntity(Entity kind, const std::string& src, Destination to);
+Outcome twinEntity(const std::string& src, Destination to, Entity kind);
 
 }  // namespace sgbk_test
 
