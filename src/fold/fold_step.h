@@ -3,6 +3,8 @@
 #ifndef SGBK_FOLD_FOLD_STEP_H
 #define SGBK_FOLD_FOLD_STEP_H
 
+#include <cstdint>
+
 #include "core/half_width.h"
 
 namespace sgbk {
@@ -12,7 +14,12 @@ class CountedInput {
  public:
   CountedInput(const char* src, std::size_t srclen) : p(bytesOf(src)), end_(p + srclen) {}
   bool atEnd() const { return p == end_; }
-  bool hasPair() const { return end_ - p >= 2; }
+  bool hasPair() const { return reach() >= 2; }
+
+  // The bytes in which the end need not be looked for, and what tells a trail byte among them.
+  static constexpr bool mayReadAhead = true;
+  std::ptrdiff_t reach() const { return end_ - p; }
+  static bool isTrail(Byte) { return true; }
 
   const Byte* p;
 
@@ -25,47 +32,69 @@ class TerminatedInput {
  public:
   explicit TerminatedInput(const char* src) : p(bytesOf(src)) {}
   bool atEnd() const { return *p == 0; }
-  bool hasPair() const { return p[1] != 0; }
+  bool hasPair() const { return isTrail(p[1]); }
+
+  // No byte may be read before the one in front of it is known not to be the NUL.
+  static constexpr bool mayReadAhead = false;
+  static std::ptrdiff_t reach() { return PTRDIFF_MAX; }
+  static bool isTrail(Byte b) { return b != 0; }
 
   const Byte* p;
 };
 
-// 0, 1 or 2 bytes to write.
-struct Folded {
-  int size;
-  Byte bytes[2];
+// Where folded characters go when there is room for what is put.
+struct FoldedOutput {
+  char* next;
+  // Bytes in memory order: one, a double-byte character, or a block.
+  template <class Bytes>
+  void put(Bytes bytes) {
+    std::memcpy(next, &bytes, sizeof bytes);
+    next += sizeof bytes;
+  }
 };
+
+// Leads of characters that are neither blank nor symbol nor letter: 81..9F and B0..F7. Text mixes
+// both ranges, so they are told by one test and one jump.
+constexpr bool isIdeographLead(Byte b) {
+  constexpr std::uint32_t kEights = 0x7FCF0000;  // a bit for each eight bytes: 80..9F, B0..F7
+  return ((kEights >> (b >> 3)) & (b != 0x80 ? 1u : 0u)) != 0;
+}
 
 enum class SpaceTab { merged, kept };
 
-// Takes the next character of `in`, which is not at its end, and returns what stands for it.
+constexpr Byte loweredAscii(Byte b) {
+  return static_cast<Byte>(b + (sgbk_detail::within(b, 'A', 'Z') ? 'a' - 'A' : 0));
+}
+
+// Takes the next character of `in`, which is not at its end, and puts what stands for it: at most
+// two bytes.
 // unfolded   called with the pair as read and the same pair after case folding, for a character
 //            that has no ASCII form; returns the two bytes to write as a unit
+// Inlined wherever it is called, or the positions would live in memory instead of registers.
 template <SpaceTab spaceTab, Yen yen, class Input, class Unfolded>
-inline Folded foldNext(Input& in, bool ifcase, Unfolded unfolded) {
+[[gnu::always_inline]] inline void foldNext(Input& in, FoldedOutput& out, bool ifcase,
+                                            Unfolded unfolded) {
   const Byte b = *in.p;
-  if (b <= 0x80) {
+  if (isAscii(b)) {
     if (spaceTab == SpaceTab::merged && b == leadOf(TAB_CONVERSION_CHAR) && in.hasPair() &&
         loadUnit(in.p) == TAB_CONVERSION_CHAR) {
       in.p += 2;
-      return {1, {'\t', 0}};
+      return out.put(Byte{'\t'});
     }
     in.p += 1;
-    if (b == 0x80) return {0, {}};
-    const bool folds = ifcase && b >= 'A' && b <= 'Z';
-    return {1, {folds ? static_cast<Byte>(b + ('a' - 'A')) : b, 0}};
+    return out.put(ifcase ? loweredAscii(b) : b);
   }
-  if (!in.hasPair()) {  // a lead byte alone at the end is no character
+  if (b == 0x80 || !in.hasPair()) {  // a lead byte alone at the end is no character
     in.p += 1;
-    return {0, {}};
+    return;
   }
   const gchar_t pair = loadUnit(in.p);
   in.p += 2;
-  if (isgcharspace(pair)) return {1, {' ', 0}};
+  if (isIdeographLead(b)) return out.put(unfolded(pair, pair));
   const gchar_t folded = ifcase ? toLowerCase(pair) : pair;
-  if (const Byte ascii = halfWidth(folded, yen)) return {1, {ascii, 0}};
-  const gchar_t unit = unfolded(pair, folded);
-  return {2, {leadOf(unit), trailOf(unit)}};
+  if (const Byte ascii = halfWidth(folded, yen)) return out.put(ascii);
+  if (isgcharspace(pair)) return out.put(Byte{' '});
+  out.put(unfolded(pair, folded));
 }
 
 }  // namespace sgbk

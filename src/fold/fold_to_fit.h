@@ -3,6 +3,8 @@
 #ifndef SGBK_FOLD_FOLD_TO_FIT_H
 #define SGBK_FOLD_FOLD_TO_FIT_H
 
+#include <algorithm>
+
 #include "fold/ellipsis.h"
 #include "fold/fold_step.h"
 
@@ -12,27 +14,34 @@ namespace sgbk {
 // would not.
 enum class Room { forThisCharacter, forAnyCharacter };
 
-// next         called with the input; returns the next character, folded
+// takeRun      called with the input, the output and its room, for characters that need no look
+//              at each; returns false when the next one does
+// takeNext     called with the input and the output; folds the next character
 // lowestTrail  as for endWithEllipsis
 // Returns      the bytes written before the NUL
-template <Room room, class Input, class Next>
-int foldToFit(Input in, char* dest, int destlen, Byte lowestTrail, Next next) {
+template <Room room, class Input, class TakeRun, class TakeNext>
+int foldToFit(Input in, char* dest, int destlen, Byte lowestTrail, TakeRun takeRun,
+              TakeNext takeNext) {
   if (destlen <= 0) return 0;
-  char* out = dest;
+  FoldedOutput out{dest};
   char* const last = dest + destlen - 1;  // the NUL stands here at the latest
-  const int needed = room == Room::forAnyCharacter ? 2 : 1;
   while (!in.atEnd()) {
-    if (last - out < needed) {
-      return endWithEllipsis(dest, static_cast<int>(out - dest), destlen, lowestTrail);
+    const std::ptrdiff_t free = last - out.next;
+    if (free >= 2 && takeRun(in, out, free)) continue;
+    char aside[2];
+    FoldedOutput folded{free >= 2 ? out.next : aside};
+    takeNext(in, folded);
+    if (free < 2) {
+      const bool fits = room == Room::forThisCharacter && free == 1 && folded.next - aside <= 1;
+      if (!fits) {
+        return endWithEllipsis(dest, static_cast<int>(out.next - dest), destlen, lowestTrail);
+      }
+      folded.next = std::copy(aside, folded.next, out.next);
     }
-    const Folded folded = next(in);
-    if (folded.size > last - out) {
-      return endWithEllipsis(dest, static_cast<int>(out - dest), destlen, lowestTrail);
-    }
-    for (int i = 0; i < folded.size; ++i) *out++ = static_cast<char>(folded.bytes[i]);
+    out = folded;
   }
-  *out = '\0';
-  return static_cast<int>(out - dest);
+  *out.next = '\0';
+  return static_cast<int>(out.next - dest);
 }
 
 }  // namespace sgbk

@@ -7,10 +7,12 @@ int EncodingConvertor::gchar2big5(const char* src, char* dest, int destlen, bool
   using namespace sgbk;
   constexpr Byte kLowestTrail = 0x80;
   const gchar_t* const table = pu16g2btbl;
+  const auto noRun = [](TerminatedInput&, FoldedOutput&, std::ptrdiff_t) { return false; };
   return foldToFit<Room::forAnyCharacter>(
-      TerminatedInput(src), dest, destlen, kLowestTrail, [=](TerminatedInput& in) {
+      TerminatedInput(src), dest, destlen, kLowestTrail, noRun,
+      [=](TerminatedInput& in, FoldedOutput& out) {
         // Other alphabets keep their case: the table is asked for the pair as read.
-        return foldNext<SpaceTab::merged, Yen::dollar>(
-            in, ifcase, [table](gchar_t pair, gchar_t) { return table[pair]; });
+        foldNext<SpaceTab::merged, Yen::dollar>(
+            in, out, ifcase, [table](gchar_t pair, gchar_t) { return table[pair]; });
       });
 }

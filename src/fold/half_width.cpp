@@ -1,6 +1,7 @@
 // sbc2dbc: GBK text to half-width.
 
 #include "fold/fold_to_fit.h"
+#include "fold/plain_block.h"
 #include "sgbk/EncodingConvertor.h"
 
 namespace {
@@ -10,10 +11,15 @@ constexpr sgbk::Byte kLowestTrail = 0x81;
 template <class Input>
 int toHalfWidth(Input input, char* dest, int destlen, bool ifcase) {
   using namespace sgbk;
-  return foldToFit<Room::forThisCharacter>(input, dest, destlen, kLowestTrail, [ifcase](Input& in) {
-    return foldNext<SpaceTab::merged, Yen::kept>(in, ifcase,
-                                                 [](gchar_t, gchar_t folded) { return folded; });
-  });
+  return foldToFit<Room::forThisCharacter>(
+      input, dest, destlen, kLowestTrail,
+      [ifcase](Input& in, FoldedOutput& out, std::ptrdiff_t room) {
+        return takePlainRun(in, out, room, ifcase);
+      },
+      [ifcase](Input& in, FoldedOutput& out) {
+        foldNext<SpaceTab::merged, Yen::kept>(in, out, ifcase,
+                                              [](gchar_t, gchar_t folded) { return folded; });
+      });
 }
 
 }  // namespace

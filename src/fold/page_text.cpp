@@ -43,10 +43,11 @@ int decodelibpage(const char* src, size_t srclen, char* dest, size_t destsize, b
         continue;
       }
     }
-    const Folded folded = foldNext<SpaceTab::kept, Yen::kept>(
-        in, ifcase, [](gchar_t, gchar_t lowered) { return lowered; });
     // A double-byte character may fill the first reserved byte; the text is too long then.
-    for (int i = 0; i < folded.size; ++i) dest[length++] = static_cast<char>(folded.bytes[i]);
+    FoldedOutput out{dest + length};
+    foldNext<SpaceTab::kept, Yen::kept>(in, out, ifcase,
+                                        [](gchar_t, gchar_t lowered) { return lowered; });
+    length = static_cast<std::size_t>(out.next - dest);
   }
   if (length >= limit) return -1;
   dest[length] = '\0';
