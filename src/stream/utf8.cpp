@@ -1,5 +1,6 @@
 // UTF-8 to double-byte GBK, with repairs for damaged text.
 
+#include "core/byte_block.h"
 #include "stream/unicode_table.h"
 #include "stream/unit_output.h"
 
@@ -11,13 +12,23 @@ bool isContinuation(Byte b) { return (b & 0xC0) == 0x80; }
 bool isTwoByteLead(Byte b) { return (b & 0xE0) == 0xC0; }
 bool isThreeByteLead(Byte b) { return (b & 0xF0) == 0xE0; }
 
+// What a block begins with: a three-byte group, or two of them.
+bool isGroup(sgbk::Block block) { return (block & 0xC0C0F0) == 0x8080E0; }
+bool isTwoGroups(sgbk::Block block) { return (block & 0xC0C0F0C0C0F0) == 0x8080E08080E0; }
+
+// Their code points, in bits 0 to 15 and 24 to 39.
+sgbk::Block codePointsOf(sgbk::Block groups) {
+  return (groups & 0x00000F00000F) << 12 | (groups & 0x003F00003F00) >> 2 |
+         (groups & 0x3F00003F0000) >> 16;
+}
+
 class Utf8Decoder {
  public:
   Utf8Decoder(const gchar_t* table, const char* src, int srclen, char* dest, int destlen)
       : table_(table), in_(sgbk::bytesOf(src)), end_(in_ + srclen), out_(dest, destlen) {}
 
   int convert() {
-    while (in_ != end_ && out_.room() > 0) {
+    while (takeRuns()) {
       const Byte b = *in_;
       const bool more = isTwoByteLead(b)     ? takeTwoByteGroup()
                         : isThreeByteLead(b) ? takeThreeByteGroup()
@@ -28,6 +39,44 @@ class Utf8Decoder {
   }
 
  private:
+  // Takes ASCII and three-byte groups, several at a time, until anything else comes or an end is
+  // near. Returns whether input and room are left.
+  bool takeRuns() {
+    const Byte* in = in_;
+    sgbk::UnitOutput out = out_;
+    // A step reads three bytes and writes one unit at most, so this many need no test of the ends,
+    // and three of them cover a block and the byte behind it.
+    for (auto steps = std::min(left() / 3, out.room()); steps >= 3;) {
+      const sgbk::Block block = sgbk::loadBlock(in);
+      if (sgbk::isAllAscii(block) && steps >= 8 && !isContinuation(in[8])) {
+        sgbk::unrolled<8>([&](int i) { out.write(table_[in[i]]); });
+        hadAscii_ = true;
+        in += 8;
+        steps -= 8;
+      } else if (isTwoGroups(block)) {
+        const sgbk::Block codePoints = codePointsOf(block);
+        write(codePoints, out);
+        write(codePoints >> 24, out);
+        in += 6;
+        steps -= 2;
+      } else if (isGroup(block)) {
+        write(codePointsOf(block), out);
+        in += 3;
+        steps -= 1;
+      } else if (sgbk::isAscii(in[0]) && !isContinuation(in[1])) {
+        out.write(table_[in[0]]);
+        hadAscii_ = true;
+        in += 1;
+        steps -= 1;
+      } else {
+        break;
+      }
+    }
+    in_ = in;
+    out_.next = out.next;
+    return in_ != end_ && out_.room() > 0;
+  }
+
   // Each of these takes what its lead byte asks for, or returns false when the end of the input
   // cuts it off.
 
@@ -70,11 +119,15 @@ class Utf8Decoder {
   }
 
   void writeGroup() {
-    const auto codePoint =
-        static_cast<unsigned short>((in_[0] & 0x0F) << 12 | (in_[1] & 0x3F) << 6 | (in_[2] & 0x3F));
-    const gchar_t unit = table_[codePoint];
-    if (sgbk::isWritten(codePoint, unit)) out_.write(unit);
+    write((in_[0] & 0x0Fu) << 12 | (in_[1] & 0x3Fu) << 6 | (in_[2] & 0x3Fu), out_);
     in_ += 3;
+  }
+
+  // `codePoint` counts modulo 65536.
+  void write(sgbk::Block codePoint, sgbk::UnitOutput& out) const {
+    const auto index = static_cast<unsigned short>(codePoint);
+    const gchar_t unit = table_[index];
+    if (sgbk::isWritten(index, unit)) out.write(unit);
   }
 
   std::ptrdiff_t left() const { return end_ - in_; }
