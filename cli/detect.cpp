@@ -19,13 +19,6 @@ Trial tryAs(EncodingConvertor& converter, Source source, std::string_view start,
   return {losses.characters(), losses.lost(), losses.malformed()};
 }
 
-bool isSevenBit(std::string_view text) {
-  for (const char c : text) {
-    if (static_cast<unsigned char>(c) >= 0x80) return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 Source ucs2Order(std::string_view start) {
@@ -36,7 +29,7 @@ std::optional<Source> detect(EncodingConvertor& converter, std::string_view star
   if (start.starts_with("\xEF\xBB\xBF")) return Source::utf8;
   if (start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF")) return ucs2Order(start);
   if (start.starts_with("\x84\x31\x95\x33")) return Source::gbk;
-  if (start.find("~{") != std::string_view::npos && isSevenBit(start) &&
+  if (start.find("~{") != std::string_view::npos &&
       tryAs(converter, Source::hz, start, isWhole).malformed == 0) {
     return Source::hz;
   }

@@ -72,9 +72,9 @@ std::string randomText(Source source, std::size_t size, std::mt19937& random) {
   static const std::vector<std::string> kHz = {"~{",       "~}",     "~~",  "~\n", "~",
                                                "~{<V~}",   "~{*!~}", "<V",  "!!",  "~x",
                                                "\xB0\xA1", "\x80",   "\xFF"};
-  static const std::vector<std::string> kUnits = {"\x4E\x2D", "\x9A\xD4",  "\xFE\xFF",
-                                                  "\xD8\x3D", "\xDE\x00"s, "\x00\xE9"s,
-                                                  "\xFF\x21", "\x30\x00"s, "\x01"};
+  static const std::vector<std::string> kUnits = {
+      "\x4E\x2D",  "\x9A\xD4", "\xFE\xFF",  "\xD8\x3D", "\xDE\x00"s,
+      "\x00\xE9"s, "\xFF\x21", "\x30\x00"s, "\x01",     "\xD8\x3D\xDE\x00"s};
   const bool isWide = source == Source::ucs2le || source == Source::ucs2be;
   const auto& special = source == Source::utf8 ? kUtf8
                         : source == Source::hz ? kHz
@@ -87,7 +87,9 @@ std::string randomText(Source source, std::size_t size, std::mt19937& random) {
     std::string word = words[random() % words.size()];
     if (isWide && isCommon) word = "\0"s + word[0];
     if (isWide && word.size() == 1) continue;
-    if (source == Source::ucs2le) std::swap(word[0], word[1]);
+    for (std::size_t i = 0; source == Source::ucs2le && i < word.size(); i += 2) {
+      std::swap(word[i], word[i + 1]);
+    }
     text += word;
   }
   if (isWide && random() % 4 == 0) text += '\x01';
