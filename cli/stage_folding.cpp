@@ -10,6 +10,19 @@ bool isMarkup(gchar_t unit) {
   return unit == unitOf(0xA3, 0xA6) || unit == unitOf(0xA3, 0xBC) || unit == unitOf(0xA3, 0xBE);
 }
 
+// Calls plain(part) and markup(pair) for the parts of a run of pairs in turn.
+template <class Plain, class MarkupPair>
+void splitAtMarkup(std::string_view run, Plain plain, MarkupPair markup) {
+  while (!run.empty()) {
+    std::size_t at = 0;
+    while (at < run.size() && !isMarkup(unitAt(run.data() + at))) at += 2;
+    plain(run.substr(0, at));
+    if (at == run.size()) return;
+    markup(run.substr(at, 2));
+    run.remove_prefix(at + 2);
+  }
+}
+
 class WidthStage : public Stage {
  public:
   explicit WidthStage(Markup markup) : markup_(markup) {}
@@ -18,14 +31,10 @@ class WidthStage : public Stage {
     forEachRun(
         text, [&](std::string_view run) { out.append(run); },
         [&](std::string_view run) {
-          while (markup_ == Markup::escaped && !run.empty()) {
-            std::size_t at = 0;
-            while (at < run.size() && !isMarkup(unitAt(run.data() + at))) at += 2;
-            fold(run.substr(0, at), out);
-            out.append(run.substr(at, 2));
-            run.remove_prefix(std::min(run.size(), at + 2));
-          }
-          fold(run, out);
+          if (markup_ == Markup::plain) return fold(run, out);
+          splitAtMarkup(
+              run, [&](std::string_view part) { fold(part, out); },
+              [&](std::string_view pair) { out.append(pair); });
         });
   }
 
@@ -67,15 +76,13 @@ class ReferenceStage : public Stage {
     forEachRun(
         text, [&](std::string_view run) { out.append(run); },
         [&](std::string_view run) {
-          for (; !run.empty(); run.remove_prefix(2)) {
-            if (isMarkup(unitAt(run.data()))) {
-              char reference[8];
-              const int size = decodelibpage(run.data(), 2, reference, sizeof reference, false);
-              out.append(reference, static_cast<std::size_t>(size));
-            } else {
-              out.append(run.substr(0, 2));
-            }
-          }
+          splitAtMarkup(
+              run, [&](std::string_view part) { out.append(part); },
+              [&](std::string_view pair) {
+                char reference[8];
+                const int size = decodelibpage(pair.data(), 2, reference, sizeof reference, false);
+                out.append(reference, static_cast<std::size_t>(size));
+              });
         });
   }
 };

@@ -27,12 +27,14 @@ class StandIns {
   StandIns() {
     unsigned marks = 0;
     unsigned ordinary = 0;
-    for (unsigned code = 0x8181; code <= 0xFEFE; ++code) {
+    for (unsigned code = 0; code < classes_.size(); ++code) {
       const auto unit = static_cast<gchar_t>(code);
-      if (isgcharspace(unit) || isShapeChar(unit)) continue;
-      if (isGraphChar(unit)) {
+      if (unit == 0 || isgcharspace(unit) || isShapeChar(unit)) continue;
+      const bool isMark = isGraphChar(unit);
+      classes_[unit] = isMark ? Class::mark : Class::ordinary;
+      if (isMark) {
         add(unit, marks_, marks);
-      } else if (leadOf(unit) >= 0xB0 && leadOf(unit) <= 0xF7) {
+      } else if (leadOf(unit) >= 0xB0 && leadOf(unit) <= 0xF7 && trailOf(unit) >= 0xA1) {
         add(unit, ordinary_, ordinary);
       }
     }
@@ -40,12 +42,16 @@ class StandIns {
 
   // Blanks and shapes stand for themselves: they are not asked for their number.
   gchar_t of(gchar_t unit, std::size_t number) const {
-    if (unit == 0 || isgcharspace(unit) || isShapeChar(unit)) return unit;
-    return isGraphChar(unit) ? marks_[number & 0xFF] : ordinary_[number & 0xFF];
+    switch (classes_[unit]) {
+      case Class::mark: return marks_[number & 0xFF];
+      case Class::ordinary: return ordinary_[number & 0xFF];
+      default: return unit;
+    }
   }
   std::uint32_t numberOf(gchar_t standIn) const { return numbers_[standIn]; }
 
  private:
+  enum class Class : Byte { passedOver, mark, ordinary };
   using Codes = std::array<gchar_t, 1 << kBits>;
 
   void add(gchar_t unit, Codes& codes, unsigned& count) {
@@ -56,6 +62,7 @@ class StandIns {
 
   Codes marks_{};
   Codes ordinary_{};
+  std::array<Class, 0x10000> classes_{};
   std::array<Byte, 0x10000> numbers_{};
 };
 
@@ -85,17 +92,23 @@ class TrimStage : public Stage {
       at += isAscii(static_cast<Byte>(*at)) ? 1 : 2;
       ++number;
     };
+    const char* begin = at;  // of what is kept, up to `at`
     for (std::size_t i = 0; i < kept_.size(); ++i) {
       if (isgcharspace(trimmed_[i])) {
+        out.append(begin, at);
         while (!isgcharspace(widened_[number])) step();
         appendBlank(*at, trimmed_[i], out);
+        begin = at;
       } else {
-        while (number != kept_[i]) step();
-        const char* const character = at;
+        if (number != kept_[i]) {
+          out.append(begin, at);
+          while (number != kept_[i]) step();
+          begin = at;
+        }
         step();
-        out.append(character, at);
       }
     }
+    out.append(begin, at);
   }
 
   void widen(std::string_view line) {
