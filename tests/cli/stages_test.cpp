@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "bytes.h"
+#include "chunker.h"
 #include "convert_in_pieces.h"
 #include "stage.h"
 
@@ -102,6 +103,8 @@ TEST(Truncate, FoldsNothingAndDropsTheRestOfALongLine) {
   const auto cut = [](cli::Options& o) { o.truncate = 10; };
   EXPECT_EQ(gbk("\xA3\xC1\xA1\xA1 \t\xA3\xC2 word\r\nshort\n", cut),
             "\xA3\xC1\xA1\xA1 \t...\r\nshort\n");
+  // Also when nothing at all comes behind it.
+  EXPECT_EQ(gbk(std::string(2 * cli::Chunker::kCapacity, '-'), cut), "-------...");
   const std::string line(3 << 20, '-');
   EXPECT_EQ(gbk(line + "\n" + line + "\nend", cut), "-------...\n-------...\nend");
 }
