@@ -13,6 +13,7 @@
 //   "~" as the last byte, or an
 //   odd last byte in GB mode       dropped                          dropped
 
+#include "core/byte_block.h"
 #include "core/undefined_codes.h"
 #include "sgbk/EncodingConvertor.h"
 #include "stream/unit_output.h"
@@ -24,6 +25,20 @@ namespace {
 // The code of a GB-mode pair. The second byte is taken whatever it is, "~" and LF included.
 gchar_t gbModePair(const Byte* in) { return sgbk::loadUnit(in) | 0x8080; }
 
+// Eight ASCII bytes without an escape.
+bool isPlainAscii(sgbk::Block block) {
+  constexpr sgbk::Block kTops = sgbk::inEveryByte(0x80);
+  const sgbk::Block fromTilde = block ^ sgbk::inEveryByte('~');
+  return ((fromTilde + sgbk::inEveryByte(0x7F)) & ~block & kTops) == kTops;
+}
+
+// Four GB-mode pairs without an escape among them.
+bool isPlainPairs(sgbk::Block block) {
+  constexpr sgbk::Block kTops = sgbk::inEveryUnit(0x8000);
+  const sgbk::Block fromTilde = (block & sgbk::inEveryUnit(0xFF)) ^ sgbk::inEveryUnit('~');
+  return ((fromTilde + sgbk::inEveryUnit(0x7FFF)) & kTops) == kTops;
+}
+
 template <class Lookup>
 int convertHz(const char* src, int srclen, char* dest, int destlen, const gchar_t* table,
               Lookup lookup) {
@@ -32,7 +47,8 @@ int convertHz(const char* src, int srclen, char* dest, int destlen, const gchar_
   const Byte* in = sgbk::bytesOf(src);
   const Byte* const end = in + srclen;
   bool hz_ascii_mode = true;
-  while (end - in >= 2 && out.room() > 0) {
+  // Inlined wherever it is called, or the positions would live in memory instead of registers.
+  const auto takeStep = [&]() __attribute__((always_inline)) {
     const Byte b = in[0];
     const Byte next = in[1];
     if (b == '~') {
@@ -54,6 +70,25 @@ int convertHz(const char* src, int srclen, char* dest, int destlen, const gchar_
       out.write(sgbk::loadUnit(in));
       in += 2;
     }
+  };
+  // A step reads two bytes and writes one unit at most, so this many need no test of the ends.
+  while (std::ptrdiff_t steps = std::min((end - in) / 2, out.room())) {
+    while (steps >= sgbk::kBlockBytes) {
+      const sgbk::Block block = sgbk::loadBlock(in);
+      if (hz_ascii_mode && isPlainAscii(block)) {
+        sgbk::unrolled<8>([&](int i) { out.write(table[in[i]]); });
+        in += sgbk::kBlockBytes;
+        steps -= 8;
+      } else if (!hz_ascii_mode && isPlainPairs(block)) {
+        sgbk::unrolled<4>([&](int i) { out.write(lookup(gbModePair(in + 2 * i))); });
+        in += sgbk::kBlockBytes;
+        steps -= 4;
+      } else {
+        takeStep();
+        steps -= 1;
+      }
+    }
+    for (; steps > 0; --steps) takeStep();
   }
   if (in != end && out.room() > 0 && hz_ascii_mode && *in != '~') out.write(table[*in]);
   return out.written();
