@@ -132,6 +132,22 @@ TEST_P(Agreement, OnRandomText) {
   }
 }
 
+TEST_P(Agreement, NoTextIsNotRead) {
+  const Operation& operation = *GetParam();
+  if (operation.capacity != Capacity::any || operation.text == Text::terminated) return;
+  char dest[8];
+  EXPECT_EQ(operation.call(nullptr, 0, dest, 8), 0);
+  if (!operation.name.starts_with("decodelibpage")) {
+    EXPECT_EQ(operation.call(nullptr, -2, dest, 8), 0);
+  }
+}
+
+TEST(Trimming, OfNoUnitsGivesTheTerminator) {
+  gchar_t unit = 7;
+  EXPECT_EQ(trimgPunc(nullptr, 0, &unit), 1u);
+  EXPECT_EQ(unit, 0);
+}
+
 // The same tests run once more with another table library in the place of ours.
 TEST(TableLibrary, IsTheOneAskedFor) {
   const gchar_t userDefined = 0xA1AA;

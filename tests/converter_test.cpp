@@ -74,25 +74,6 @@ TEST(Converter, HoldsTheTablesWithAsciiWidened) {
   }
 }
 
-TEST(Converter, ReadsNothingOfNoText) {
-  ASSERT_EQ(EncodingConvertor::initializeInstance(nullptr), 0);
-  EncodingConvertor& converter = *EncodingConvertor::getInstance();
-  const char* const nowhere = nullptr;
-  char dest[8] = {};
-  for (const int none : {0, -1}) {
-    EXPECT_EQ(converter.t2sgbk(nowhere, none, dest, 8), 0);
-    EXPECT_EQ(converter.utf82sgbk(nowhere, none, dest, 8), 0);
-    EXPECT_EQ(converter.uc2sgbk(nullptr, none, dest, 8), 0);
-    EXPECT_EQ(converter.uc2sgbk_DB(nullptr, none, dest, 8), 0);
-    EXPECT_EQ(converter.hz2sgbk(nowhere, none, dest, 8), 0);
-    EXPECT_EQ(converter.hzgb2gbk(nowhere, none, dest, 8), 0);
-    EXPECT_EQ(sbc2dbc(nowhere, none, dest, 8, false), 0);
-  }
-  gchar_t unit = 7;
-  EXPECT_EQ(trimgPunc(nullptr, 0, &unit), 1u);
-  EXPECT_EQ(unit, 0);
-}
-
 // Half of the threads make the converter, the others wait for it; all convert at once.
 TEST(Converter, ServesManyThreadsWhileItIsMade) {
   ASSERT_EQ(EncodingConvertor::initializeInstance(nullptr), 0);

@@ -24,7 +24,8 @@ int endWithEllipsis(char* text, int length, int capacity, Byte lowestTrail) {
   // The dots of the text would run into ours.
   for (const int limit = std::max(0, last - 3); last > limit && byteAt(last) == '.';) --last;
 
-  const int dots = std::min(3, capacity - 1 - (last + 1));
+  // Where less than three fit, nothing of the text is left.
+  const int dots = std::min(3, capacity - 1);
   char* const end = std::fill_n(text + last + 1, dots, '.');
   *end = '\0';
   return static_cast<int>(end - text);

@@ -209,7 +209,7 @@ std::string disagreement(const Operation& operation, const std::string& bytes, l
   if (operation.capacity == Capacity::four) capacity = 4;
   if (operation.capacity == Capacity::asSource) capacity = static_cast<long>(src.size()) / 2;
   for (const Guard guard : {Guard::behind, Guard::before}) {
-    const Destination to{capacity, guard == Guard::behind ? '\x5A' : '\0'};
+    const Destination to{capacity, guard == Guard::behind ? '\x5A' : '\xC1'};
     const Outcome expected = operation.twin(src, to);
     const Outcome actual = run(operation, src, to, guard);
     if (actual == expected) continue;
