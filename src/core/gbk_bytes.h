@@ -4,6 +4,7 @@
 #define SGBK_CORE_GBK_BYTES_H
 
 #include <bit>
+#include <cstdint>
 #include <cstring>
 
 #include "sgbk/support.h"
@@ -33,6 +34,19 @@ inline constexpr Byte trailOf(gchar_t unit) { return static_cast<Byte>(unit >> 8
 // A byte that starts a double-byte character in Big5 and GBK text: 81..FE.
 inline constexpr bool isLeadByte(Byte b) { return static_cast<Byte>(b - 0x81) <= 0xFE - 0x81; }
 inline constexpr bool isAscii(Byte b) { return b < 0x80; }
+
+// Leads of characters that are neither blank nor symbol nor letter: 81..9F and B0..F7. Text mixes
+// both ranges, so they are told by one test and one jump: a bit for each eight bytes.
+inline constexpr bool isIdeographLead(Byte b) {
+  constexpr std::uint32_t kEights = 0x7FCF0000;  // 80..9F and B0..F7
+  return ((kEights >> (b >> 3)) & (b != 0x80 ? 1u : 0u)) != 0;
+}
+
+// The same for units, where a single byte may stand in place of a lead.
+inline constexpr bool isSingleOrIdeograph(gchar_t unit) {
+  constexpr std::uint32_t kEights = 0x7FCFFFFF;  // 00..9F and B0..F7
+  return (kEights >> ((unit & 0xFF) >> 3) & 1) != 0;
+}
 
 inline const Byte* bytesOf(const char* text) { return reinterpret_cast<const Byte*>(text); }
 

@@ -53,13 +53,6 @@ struct FoldedOutput {
   }
 };
 
-// Leads of characters that are neither blank nor symbol nor letter: 81..9F and B0..F7. Text mixes
-// both ranges, so they are told by one test and one jump.
-constexpr bool isIdeographLead(Byte b) {
-  constexpr std::uint32_t kEights = 0x7FCF0000;  // a bit for each eight bytes: 80..9F, B0..F7
-  return ((kEights >> (b >> 3)) & (b != 0x80 ? 1u : 0u)) != 0;
-}
-
 enum class SpaceTab { merged, kept };
 
 constexpr Byte loweredAscii(Byte b) {

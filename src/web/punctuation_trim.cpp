@@ -1,7 +1,5 @@
 // trimgPunc: thinning of blanks, shapes and long runs of punctuation marks.
 
-#include <cstdint>
-
 #include "core/gbk_bytes.h"
 #include "sgbk/support.h"
 
@@ -12,13 +10,6 @@ constexpr std::ptrdiff_t kLongRun = 9;
 
 enum class Kind { ordinary, mark, shape, blank, lineEnd };
 
-// Leads of single bytes and ideographs, told by one test and one jump: a bit for each eight bytes,
-// 00..9F and B0..F7.
-bool isOrdinaryLead(sgbk::Byte lead) {
-  constexpr std::uint32_t kEights = 0x7FCFFFFF;
-  return (kEights >> (lead >> 3) & 1) != 0;
-}
-
 Kind kindOfSymbol(gchar_t unit) {
   if (unit == RETURN_CONVERSION_CHAR) return Kind::lineEnd;
   if (isGBKUndefinedChar(unit)) return Kind::blank;
@@ -28,7 +19,7 @@ Kind kindOfSymbol(gchar_t unit) {
 
 // Asked for every unit, so what text mostly consists of is told where it is asked.
 [[gnu::always_inline]] inline Kind kindOf(gchar_t unit) {
-  if (isOrdinaryLead(sgbk::leadOf(unit))) return Kind::ordinary;
+  if (sgbk::isSingleOrIdeograph(unit)) return Kind::ordinary;
   if (unit == CHINESE_SPACE_CHAR) return Kind::blank;
   if (sgbk::leadOf(unit) != 0xA3) return kindOfSymbol(unit);
   const unsigned trail = sgbk::trailOf(unit);
