@@ -1,4 +1,4 @@
-// The constants and predicates over all 65,536 units, and the operations on single characters.
+// The constants and predicates over all 65,536 units.
 
 #include <gtest/gtest.h>
 #include <sgbk/EncodingConvertor.h>
@@ -89,13 +89,6 @@ TEST(CharacterModel, WideningAndNarrowingAreInverse) {
     EXPECT_EQ(EncodingConvertor::getInstance()->getucgvalue(static_cast<unsigned char>(c)), unit);
   }
   EXPECT_EQ(narrow, 0x7E - 0x21 + 1);
-}
-
-TEST(CharacterModel, ArraysAreLoweredUpToTheFirstLowByteOfZero) {
-  gchar_t text[] = {0xC1A3, 0xA1A6, 0xDAA3, 0xDBA3, 0x4100, 0xC1A3, 0};
-  EncodingConvertor::sbctoLowercase(text);
-  const gchar_t expected[] = {0xE1A3, 0xA1A6, 0xFAA3, 0xDBA3, 0x4100, 0xC1A3, 0};
-  EXPECT_TRUE(std::equal(std::begin(text), std::end(text), expected));
 }
 
 }  // namespace

@@ -37,8 +37,8 @@ Converted convertInPieces(const std::string& text, const cli::Options& options,
   std::stable_sort(found.begin(), found.end(),
                    [](const auto& a, const auto& b) { return a.offset < b.offset; });
   for (const cli::Loss& loss : found) {
-    result.losses.push_back(std::to_string(loss.line) + ":" + std::to_string(loss.offset) + ":" +
-                            cli::inHex(loss.bytes) + ":" + std::string(nameOf(loss.reason)));
+    result.losses += std::to_string(loss.line) + ":" + std::to_string(loss.offset) + ":" +
+                     cli::inHex(loss.bytes) + ":" + std::string(nameOf(loss.reason)) + " ";
   }
   result.summary = losses.summary();
   return result;
@@ -100,21 +100,23 @@ std::string libraryText(Source source, const std::string& text) {
   std::string wide(2 * text.size(), '\0');
   const auto size = static_cast<int>(text.size());
   const auto room = static_cast<int>(wide.size());
+  const auto call = [&](auto member, const auto* from, int count) {
+    return (converter().*member)(from, count, wide.data(), room);
+  };
+  using E = EncodingConvertor;
   int written = 0;
   switch (source) {
-    case Source::big5: written = converter().b52sgbk(text.data(), size, wide.data(), room); break;
-    case Source::gbk: written = converter().t2sgbk(text.data(), size, wide.data(), room); break;
-    case Source::utf8: written = converter().utf82sgbk(text.data(), size, wide.data(), room); break;
-    case Source::hz: written = converter().hz2sgbk(text.data(), size, wide.data(), room); break;
+    case Source::big5: written = call(&E::b52sgbk, text.data(), size); break;
+    case Source::gbk: written = call(&E::t2sgbk, text.data(), size); break;
+    case Source::utf8: written = call(&E::utf82sgbk, text.data(), size); break;
+    case Source::hz: written = call(&E::hz2sgbk, text.data(), size); break;
     default: {
       std::vector<unsigned short> units(text.size() / 2);
-      for (std::size_t i = 0; i < units.size(); ++i) {
-        const auto first = static_cast<unsigned char>(text[2 * i]);
-        const auto second = static_cast<unsigned char>(text[2 * i + 1]);
-        units[i] = static_cast<unsigned short>(source == Source::ucs2le ? first | second << 8
-                                                                        : first << 8 | second);
+      std::memcpy(units.data(), text.data(), 2 * units.size());
+      if (source == Source::ucs2be) {
+        for (auto& unit : units) unit = static_cast<unsigned short>(unit << 8 | unit >> 8);
       }
-      written = converter().uc2sgbk_DB(units.data(), size / 2, wide.data(), room);
+      written = call(&E::uc2sgbk_DB, units.data(), size / 2);
     }
   }
   wide.resize(static_cast<std::size_t>(written));

@@ -18,7 +18,7 @@ EncodingConvertor& converter();
 
 struct Converted {
   std::string text;
-  std::vector<std::string> losses;  // "line:offset:hex:reason", in the order of the input
+  std::string losses;  // "line:offset:hex:reason ", in the order of the input
   std::string summary;
 
   bool operator==(const Converted&) const = default;
