@@ -1,6 +1,7 @@
 // GBK text to arrays of gchar_t.
 
 #include "core/ascii_overlay.h"
+#include "core/byte_block.h"
 #include "core/undefined_codes.h"
 #include "sgbk/EncodingConvertor.h"
 
@@ -15,7 +16,16 @@ bool isSeparator(gchar_t code) {
   return code == sgbk::unitOf(0xFD, 0xA1) || code == sgbk::unitOf(0xFD, 0xA2);
 }
 
-// The loop of all three conversions. `ascii` gives the unit of a single byte, `defined` that of a
+// 01..7F: one test for the terminator too.
+bool isAsciiCharacter(Byte b) { return static_cast<signed char>(b) > 0; }
+
+// Reads nothing behind a terminator.
+bool areFourAscii(const Byte* in) {
+  return isAsciiCharacter(in[0]) && isAsciiCharacter(in[1]) && isAsciiCharacter(in[2]) &&
+         isAsciiCharacter(in[3]);
+}
+
+// The loop of all three conversions. `ascii` gives the unit of a single byte, `pair` that of a
 // double-byte code, undefined ones included.
 template <Dropped dropped, class Ascii, class Pair>
 int fillArray(const char* src, gchar_t* dest, int destlen, Ascii ascii, Pair pair) {
@@ -25,19 +35,24 @@ int fillArray(const char* src, gchar_t* dest, int destlen, Ascii ascii, Pair pai
   while (*in != 0) {
     // Any further byte fails a full array: the terminator would not fit either.
     if (out == end) return -1;
-    const Byte b = *in;
-    if (sgbk::isAscii(b)) {
-      *out++ = ascii(b);
-      in += 1;
-    } else if (sgbk::isLeadByte(b)) {
+    // Runs of one kind have loops of their own.
+    while (end - out >= 4 && areFourAscii(in)) {
+      sgbk::unrolled<4>([=](int i) { out[i] = ascii(in[i]); });
+      in += 4;
+      out += 4;
+    }
+    while (out != end && isAsciiCharacter(*in)) *out++ = ascii(*in++);
+    while (out != end && sgbk::isLeadByte(*in) && in[1] != 0) {
       const gchar_t code = sgbk::loadUnit(in);
-      // The terminator may be a trail byte, but it still ends the text.
-      in += sgbk::trailOf(code) != 0 ? 2 : 1;
+      in += 2;
       if (dropped == Dropped::separators && isSeparator(code)) continue;
       *out++ = pair(code);
-    } else {
-      in += 1;
     }
+    if (out == end || sgbk::isAscii(*in)) continue;
+    // 80, FF, or a lead byte in front of the terminator, which is its trail byte and still ends the
+    // text.
+    if (sgbk::isLeadByte(*in)) *out++ = pair(*in);
+    in += 1;
   }
   if (out == end) return -1;
   *out = 0;
