@@ -55,26 +55,27 @@ cli::Options plain(Source from, cli::Target to) {
   return options;
 }
 
+// Of hexadecimal digits.
+static std::vector<std::string> words(const std::string& text) {
+  std::vector<std::string> all(1);
+  for (std::size_t i = 0; i < text.size(); i += 2) {
+    if (text[i] == ' ') all.emplace_back(), ++i;
+    all.back() += static_cast<char>(std::stoi(text.substr(i, 2), nullptr, 16));
+  }
+  return all;
+}
+
 std::string randomText(Source source, std::size_t size, std::mt19937& random) {
-  using namespace std::string_literals;
   // Whole characters of the encoding beside bytes that break them.
-  static const std::vector<std::string> kCommon = {"a",  "Z",    "<", " ", "\t",
-                                                   "\n", "\r\n", ".", "0"};
-  static const std::vector<std::string> kPairs = {
-      "\xA1\x40", "\xA1\xA1", "\xB0\xA1", "\xF3\x77", "\xC5\xE9",         "\xA3\xC1",
-      "\xA1\xB9", "\xFE\xFE", "\xAA\xA1", "\x81\x30", "\x84\x31\x95\x30", "\x81",
-      "\x80",     "\xFF",     "\xFE",     "\x7F",     "\xA2\xE3"};
-  static const std::vector<std::string> kUtf8 = {
-      "\xE9\xAB\x94", "\xE4\xB8\xAD",    "\xC3\xA9",     "\xC2\xB7",     "\xEF\xBB\xBF",
-      "\xED\xA0\x80", "\xED\xB0\x80",    "\xE4",         "\xB8",         "\x80",
-      "\xC3",         "\xC0\x8A",        "\xE0\x80\x80", "\xEF\xBC\xA1", "\xF0\x9F",
-      "\xFF",         "\xF4\x90\x80\x80"};
-  static const std::vector<std::string> kHz = {"~{",       "~}",     "~~",  "~\n", "~",
-                                               "~{<V~}",   "~{*!~}", "<V",  "!!",  "~x",
-                                               "\xB0\xA1", "\x80",   "\xFF"};
-  static const std::vector<std::string> kUnits = {
-      "\x4E\x2D",  "\x9A\xD4", "\xFE\xFF",  "\xD8\x3D", "\xDE\x00"s,
-      "\x00\xE9"s, "\xFF\x21", "\x30\x00"s, "\x01",     "\xD8\x3D\xDE\x00"s};
+  static const auto kCommon = words("61 5A 3C 20 09 0A 0D0A 2E 30");
+  static const auto kPairs =
+      words("A140 A1A1 B0A1 F377 C5E9 A3C1 A1B9 FEFE AAA1 8130 84319530 81 80 FF FE 7F A2E3");
+  static const auto kUtf8 = words(
+      "E9AB94 E4B8AD C3A9 C2B7 EFBBBF EDA080 EDB080 E4 B8 80 C3 C08A E08080 EFBCA1 F09F FF "
+      "F4908080");
+  static const auto kHz =
+      words("7E7B 7E7D 7E7E 7E0A 7E 7E7B3C567E7D 7E7B2A217E7D 3C56 2121 7E78 B0A1 80 FF");
+  static const auto kUnits = words("4E2D 9AD4 FEFF D83D DE00 00E9 FF21 3000 D83DDE00");
   const bool isWide = source == Source::ucs2le || source == Source::ucs2be;
   const auto& special = source == Source::utf8 ? kUtf8
                         : source == Source::hz ? kHz
@@ -83,10 +84,9 @@ std::string randomText(Source source, std::size_t size, std::mt19937& random) {
   std::string text;
   while (text.size() < size) {
     const bool isCommon = random() % 3 == 0;
-    const auto& words = isCommon ? kCommon : special;
-    std::string word = words[random() % words.size()];
-    if (isWide && isCommon) word = "\0"s + word[0];
-    if (isWide && word.size() == 1) continue;
+    const auto& choice = isCommon ? kCommon : special;
+    std::string word = choice[random() % choice.size()];
+    if (isWide && isCommon) word = std::string{'\0', word[0]};
     for (std::size_t i = 0; source == Source::ucs2le && i < word.size(); i += 2) {
       std::swap(word[i], word[i + 1]);
     }
