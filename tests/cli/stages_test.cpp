@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include "bytes.h"
 #include "chunker.h"
 #include "convert_in_pieces.h"
@@ -45,13 +43,11 @@ TEST(Trim, KeepsWhatTheLibraryKeeps) {
   std::mt19937 random(1);
   for (unsigned i = 0; i < 3000; ++i) {
     const std::string line = randomLine(random() % (i % 10 == 0 ? 2000 : 40), random, words[i % 3]);
-    const std::string wide = libraryText(Source::gbk, line);
-    std::vector<gchar_t> units(wide.size() / 2 + 1, 0);
-    std::memcpy(units.data(), wide.data(), wide.size());
-    std::vector<gchar_t> kept(units.size());
-    const std::size_t left = trimgPunc(units.data(), kept.data()) - 1;
-    std::string expected(2 * left, '\0');
-    std::memcpy(expected.data(), kept.data(), expected.size());
+    const std::string wide = libraryText(Source::gbk, line) + std::string(2, '\0');
+    std::string expected = wide;
+    expected.resize(2 * trimgPunc(reinterpret_cast<const gchar_t*>(wide.data()),
+                                  reinterpret_cast<gchar_t*>(expected.data())) -
+                    2);
     const std::string trimmed = gbk(line, [](cli::Options& o) { o.trim = true; });
     ASSERT_EQ(libraryText(Source::gbk, trimmed), expected) << cli::inHex(line);
   }
