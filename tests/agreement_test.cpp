@@ -42,10 +42,10 @@ std::vector<std::pair<std::string, std::string>> surroundings(const Operation& o
     return {{"", character}, {character, character}, {character + marks, marks + character}};
   }
   if (name != "utf82sgbk") return {{"", ""}, {"x", "yz"}};
-  std::vector<std::pair<std::string, std::string>> all = {
-      {"", ""}, {"x", "yz"}, {"\xF0", "\x80"}, {"A\xF0", "\x80"}};
-  for (int lead = 0xE0; lead <= 0xEF; ++lead) {
-    for (const char* const behind : {"", "\xB8\xAD"}) {
+  // Every code point among them: all groups of three bytes, all beginnings of four.
+  std::vector<std::pair<std::string, std::string>> all = {{"", ""}, {"x", "yz"}, {"A\xF0", "\x80"}};
+  for (int lead = 0xE0; lead <= 0xF4; ++lead) {
+    for (const char* const behind : {"", "\x80", "\xB8\xAD"}) {
       all.emplace_back(std::string(1, static_cast<char>(lead)), behind);
     }
   }
