@@ -1,10 +1,17 @@
 #!/bin/sh
-# Promises about the built libraries beside their ABI: binary_test.sh LIBSGBK LIBTABLES
+# Promises about the built libraries: binary_test.sh LIBSGBK LIBTABLES EXPORTED_SYMBOLS
 set -u
 library=$1
 tables=$2
+expected=$3
 failed=0
 fail() { echo "FAILED: $*" >&2; failed=1; }
+
+# Exactly the listed names are exported.
+actual=$(nm -D --defined-only --format=posix "$library" | cut -d' ' -f1 | c++filt | LC_ALL=C sort -u)
+listed=$(grep -v '^#' "$expected" | LC_ALL=C sort -u)
+[ "$actual" = "$listed" ] || fail "exports differ from $expected:
+$(printf '%s\n' "$listed" | { printf '%s\n' "$actual" >actual.tmp; diff - actual.tmp; rm -f actual.tmp; })"
 
 # Nothing is read, printed or asked of the environment.
 if nm -D --undefined-only "$library" | grep -wE \
@@ -21,10 +28,17 @@ others=$(printf '%s' "$needed" | tr ' ' '\n' |
 [ -z "$others" ] || fail "$library needs $others"
 
 for so in "$library" "$tables"; do
+  readelf -d "$so" | grep -q "SONAME.*\[$(basename "$so").1\]" || fail "$so: SONAME"
   readelf -lW "$so" | grep GNU_STACK | grep -q 'RW ' || fail "$so: the stack is executable"
 done
 
-# The tables are in read-only data.
-[ "$(nm -D "$tables" | grep -c ' R _binary_.*_ctb_start$')" = 4 ] || fail "$tables can be written"
+# The table library: four objects of 131,072 bytes in read-only data, and nothing else.
+objects=$(readelf --dyn-syms -W "$tables" | awk '$7 ~ /^[0-9]+$/ {sub(/^0x20000$/, 131072, $3); print $3, $4, $7, $8}' | LC_ALL=C sort)
+section=$(readelf -SW "$tables" | sed -n 's/^ *\[ *\([0-9]*\)\] \.rodata .*/\1/p')
+wanted=$(for table in big52sgbk gbk2big5 gbkt2s uc2sgbk; do
+  echo "131072 OBJECT $section _binary_data_${table}_ctb_start"
+done)
+[ "$objects" = "$wanted" ] || fail "$tables exports
+$objects"
 
 exit $failed
