@@ -187,6 +187,32 @@ TEST(TableImages, HoldOnlyCellsOfSimplifiedForms) {
   }
 }
 
+// The codes on which all decoders of GBK agree, which are those that the C library's GBK has.
+TEST(TableImages, KnowTheUndisputedCells) {
+  int cells = 0;
+  for (Code code = 0x8140; code < 0xFFFF; ++code) {
+    const Character c = decode("GBK", code);
+    if (!isCell(code) || c.empty()) continue;
+    ++cells;
+    EXPECT_EQ(hex(uc2sgbk.at(codePoint(c))), hex(gbkt2s.of(code)));
+  }
+  EXPECT_EQ(cells, 21791);
+}
+
+TEST(TableImages, KnowTheIdeographsOfBig5) {
+  const std::string bytes = gbk2big5("");
+  int ideographs = 0;
+  for (Code code = 0xA440; code <= 0xF9DC; ++code) {
+    const Character c = decode(kBig5, code);
+    if (c.empty() || !isInCommonRows(code)) continue;
+    ++ideographs;
+    ASSERT_NE(cellOf(c), 0u) << hex(code);
+    EXPECT_NE(hex(big52sgbk.of(code)), hex(kSpace)) << hex(code);
+    EXPECT_EQ(hex(imageIn(bytes).of(cellOf(c))), hex(code));
+  }
+  EXPECT_EQ(ideographs, 13060);
+}
+
 // --- each image against its peer ----------------------------------------------------------------
 
 TEST(TablePeers, Gbkt2s) {

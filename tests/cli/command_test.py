@@ -7,6 +7,7 @@ Usage: command_test.py BINARY SOURCE_FOLDER BUILD_FOLDER [unittest arguments]
 import fcntl
 import os
 import pty
+import random
 import re
 import resource
 import signal
@@ -323,6 +324,28 @@ class Account(Test):
                                      ("--en", 1, b"--entities\n"), ("-o x", 2, b"\n")]:
             done = subprocess.run(["bash", "-c", words % (typed, at)], cwd=scripts, capture_output=True)
             self.assertEqual((done.stdout, done.stderr), (completed, b""))
+
+
+class Parallel(Test):
+    def test_parts_are_the_whole(self):
+        text = "".join(f"{i} 第{i}行，體育新聞<b>Ａ</b> &lt; 😀\n" for i in range(5000))
+        big5 = text.encode("big5", "replace")
+        dice = random.Random(1)
+        noise = bytes(dice.choice(b"\n\n a<\x80\xff\xe4\xb8\xad\xc5\xe9\xa1\x81\xf0~{}")
+                      for _ in range(100000))
+        hz = text.replace("體", "体").encode("hz", "ignore")
+        cases = [("big5", big5), ("big5", noise), ("gbk", text.encode("gb18030")), ("gbk", noise),
+                 ("utf-8", text.encode()), ("utf-8", noise), ("hz", hz), ("hz", noise),
+                 ("ucs-2le", text.encode("utf-16-le"))]
+        for source, data in cases:
+            for more in [[], ["-EPC", "-t", "big5", "--truncate=30"]]:
+                command = [SGBK, "-q", "-f", source, *more]
+                ends = ["--recend", r"\n\0"] if source == "ucs-2le" else []
+                parts = subprocess.run(["parallel", "--pipe", "--keep-order", "--block", "40k", *ends,
+                                        *command], input=data, capture_output=True, timeout=120,
+                                       env={**os.environ, "HOME": self.folder})
+                self.assertEqual(parts.stderr, b"")
+                self.assertEqual(parts.stdout, run(*command[1:], data=data)[1], (source, more))
 
 
 if __name__ == "__main__":
