@@ -57,6 +57,20 @@ std::string resolved(std::string path) {
   return path;
 }
 
+// A descriptor of its own for a path that only names standard output or standard error, such as
+// /dev/stdout: the file behind them must not be replaced, and a socket cannot be opened again.
+// -1 for other paths.
+int openedAlready(const struct stat& file) {
+  for (const int fd : {1, 2}) {
+    struct stat standard;
+    const int flags = fcntl(fd, F_GETFL);
+    if (flags == -1 || (flags & O_ACCMODE) == O_RDONLY) continue;
+    if (fstat(fd, &standard) != 0 || !isSameFile(standard, file)) continue;
+    return fcntl(fd, F_DUPFD_CLOEXEC, 3);
+  }
+  return -1;
+}
+
 mode_t modeOfNewFiles() {
   const mode_t mask = umask(0);
   umask(mask);
@@ -118,14 +132,19 @@ std::size_t Input::read(char* to, std::size_t size) {
 bool Input::isTerminal() const { return isatty(fd_) == 1; }
 
 Output::Output(const std::string& path, const struct stat* replaced)
-    : name_(path), target_(resolved(path)), isDurable_(replaced != nullptr) {
-  const auto there = fileAt(target_);
-  if (there && !S_ISREG(there->st_mode)) {
-    fd_ = open(target_.c_str(), O_WRONLY | O_CLOEXEC);
+    : name_(path), isDurable_(replaced != nullptr) {
+  struct stat status;
+  const struct stat* const there = stat(path.c_str(), &status) == 0 ? &status : nullptr;
+  fd_ = there != nullptr && replaced == nullptr ? openedAlready(*there) : -1;
+  if (fd_ >= 0) return;
+  if (there != nullptr && !S_ISREG(there->st_mode)) {
+    // By the name as given: links in /proc lead to names that do not exist, like "pipe:[123]".
+    fd_ = open(path.c_str(), O_WRONLY | O_CLOEXEC);
     if (fd_ < 0) fail("cannot be written");
     return;
   }
-  if (there && access(target_.c_str(), W_OK) != 0) fail("cannot be written");
+  target_ = resolved(path);
+  if (there != nullptr && access(target_.c_str(), W_OK) != 0) fail("cannot be written");
   temporary_ = folderOf(target_) + ".sgbk-XXXXXX";
   fd_ = mkostemp(temporary_.data(), O_CLOEXEC);
   if (fd_ < 0) {
@@ -133,10 +152,9 @@ Output::Output(const std::string& path, const struct stat* replaced)
     fail("cannot be written");
   }
   rememberTemporary(temporary_);
-  const struct stat* const like = there ? &*there : nullptr;
   // Only root may give files away; the mode comes last, as a new owner clears parts of it.
-  if (like != nullptr && fchown(fd_, like->st_uid, like->st_gid) != 0) errno = 0;
-  if (fchmod(fd_, like != nullptr ? like->st_mode & 07777 : modeOfNewFiles()) != 0) {
+  if (there != nullptr && fchown(fd_, there->st_uid, there->st_gid) != 0) errno = 0;
+  if (fchmod(fd_, there != nullptr ? there->st_mode & 07777 : modeOfNewFiles()) != 0) {
     fail("cannot take over the mode");
   }
 }

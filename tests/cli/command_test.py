@@ -112,6 +112,16 @@ class Faults(Test):
         self.assertEqual(self.read("in"), text)
         self.assertEqual(self.leftovers(), [])
 
+    def test_output_to_a_stream_by_name(self):
+        self.write("in", LOSSY)
+        clean = run("-q", "-f", "big5", "in")[1]
+        self.assertEqual(run("-q", "-f", "big5", "-o", "/dev/stdout", "in")[:2], (0, clean))
+        self.assertIn("byte\tbytes", run("-q", "-f", "big5", "--report=/dev/stderr", "in")[2])
+        self.write("log", b"old\n")
+        with open("log", "ab") as end:
+            run("-q", "-f", "big5", "-o", "/dev/stdout", "in", stdout=end)
+        self.assertEqual(self.read("log"), b"old\n" + clean)
+
     def test_output_in_place(self):
         self.write("old", LOSSY)
         os.chmod("old", 0o640)
