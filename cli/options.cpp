@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 
 namespace cli {
 namespace {
@@ -129,6 +130,20 @@ std::string shortOptions() {
   return letters;
 }
 
+// By any spelling, also of a file that is not there yet. Devices and pipes may serve twice.
+bool nameOneFile(const std::string& one, const std::string& other) {
+  namespace fs = std::filesystem;
+  if (one == other) return true;
+  std::error_code error;
+  if (fs::exists(one, error)) {
+    return fs::is_regular_file(one, error) && fs::equivalent(one, other, error);
+  }
+  const auto place = [&](const std::string& path) {
+    return fs::weakly_canonical(fs::absolute(path, error), error);
+  };
+  return !other.empty() && place(one) == place(other) && !error;
+}
+
 void checkTogether(const Options& o) {
   if (!o.simplify && o.from != Source::gbk && o.from != Source::hz) {
     refuse(
@@ -143,7 +158,9 @@ void checkTogether(const Options& o) {
   if (o.inPlace && std::count(o.files.begin(), o.files.end(), "-") != 0) {
     refuse("-i needs files, not standard input");
   }
-  if (!o.report.empty() && o.report == o.output) refuse("--report and -o name the same file");
+  if (!o.report.empty() && nameOneFile(o.report, o.output)) {
+    refuse("--report and -o name the same file");
+  }
   if (o.suffix.find('/') != std::string::npos) refuse("--in-place: a suffix has no '/'");
 }
 

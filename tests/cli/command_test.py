@@ -109,6 +109,7 @@ class Faults(Test):
             self.assertEqual(run("-f", "big5", "-o", "hard", stdin=data)[0], 3)
         with open("in", "ab") as end:
             self.assertEqual(run("-f", "big5", "other", "in", stdout=end)[0], 3)
+        self.assertEqual(run("-f", "big5", "-o", "new", "--report=./new", "in")[0], 2)
         self.assertEqual(self.read("in"), text)
         self.assertEqual(self.leftovers(), [])
 
