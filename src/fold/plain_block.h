@@ -1,95 +1,103 @@
-// Eight bytes of text folded at once: ASCII, ideographs, or widened ASCII.
+// Text folded several characters at once: ASCII, or ideographs and full-width characters.
 
 #ifndef SGBK_FOLD_PLAIN_BLOCK_H
 #define SGBK_FOLD_PLAIN_BLOCK_H
 
 #include <algorithm>
+#include <bit>
 
 #include "core/byte_block.h"
+#include "core/unit_block.h"
 #include "fold/fold_step.h"
 
 namespace sgbk {
 
-// Tests of all bytes or units of a block at once. Each gives the top bit of those that pass.
-
-inline constexpr Block kTopOfBytes = inEveryByte(0x80);
-inline constexpr Block kTopOfUnits = inEveryUnit(0x8000);
-
-// For bytes below 80.
+// The top bit of each byte of `ascii` from `first` to `last`.
 constexpr Block bytesWithin(Block ascii, Byte first, Byte last) {
   return (ascii + inEveryByte(static_cast<Byte>(0x80 - first))) &
-         ~(ascii + inEveryByte(static_cast<Byte>(0x7F - last))) & kTopOfBytes;
-}
-
-// For units below 8000.
-constexpr Block unitsWithin(Block units, Byte first, Byte last) {
-  return (units + inEveryUnit(static_cast<gchar_t>(0x8000 - first))) &
-         (inEveryUnit(static_cast<gchar_t>(0x8000 + last)) - units) & kTopOfUnits;
-}
-
-constexpr Block unitsEqual(Block units, gchar_t unit) {
-  constexpr Block kBelowTop = ~kTopOfUnits;
-  const Block difference = units ^ inEveryUnit(unit);
-  return ~(((difference & kBelowTop) + kBelowTop) | difference) & kTopOfUnits;
-}
-
-constexpr Block leadsOf(Block units) { return units & inEveryUnit(0xFF); }
-constexpr Block trailsOf(Block units) { return units >> 8 & inEveryUnit(0xFF); }
-
-// Full-width ASCII of row A3, ideographic spaces and line ends: what widened text consists of.
-constexpr Block widenedBlanks(Block units) {
-  return unitsEqual(units, CHINESE_SPACE_CHAR) | unitsEqual(units, RETURN_CONVERSION_CHAR);
-}
-constexpr bool isAllWidened(Block units) {
-  const Block trails = trailsOf(units);
-  const Block yen = unitsWithin(trails, 0xA4, 0xA4);
-  const Block printable =
-      unitsWithin(leadsOf(units), 0xA3, 0xA3) & unitsWithin(trails, 0xA1, 0xFD) & ~yen;
-  return (printable | widenedBlanks(units)) == kTopOfUnits;
-}
-
-// The four ASCII bytes that such a block folds to.
-constexpr Block narrowed(Block widened) {
-  const Block blanks = (widenedBlanks(widened) >> 15) * 0xFFFF;
-  const Block ascii =
-      ((trailsOf(widened) - inEveryUnit(0x80)) & ~blanks) | (inEveryUnit(' ') & blanks);
-  const Block inPairs = (ascii | ascii >> 8) & 0x0000FFFF0000FFFF;
-  return (inPairs | inPairs >> 16) & 0xFFFFFFFF;
+         ~(ascii + inEveryByte(static_cast<Byte>(0x7F - last))) & inEveryByte(0x80);
 }
 
 constexpr Block lowered(Block ascii) { return ascii + (bytesWithin(ascii, 'A', 'Z') >> 2); }
 
-// Takes characters of `in` that are like the first one and need no look at each: a run of
-// ideographs, or whole blocks of ASCII or of widened ASCII. False when there are none.
+// Eight pairs folded without a jump, since where the symbols stand in text cannot be foreseen.
+// Pairs from the first one on that are neither ideographs nor of the rows A1 and A3 are left alone.
+class FoldedPairs {
+ public:
+  FoldedPairs(Units pairs, bool ifcase) {
+    const Units leads = _mm_and_si128(pairs, everyUnit(0xFF));
+    const Units trails = _mm_srli_epi16(pairs, 8);
+    const Units isA3 = unitsEqualTo(leads, 0xA3);
+    const Units printable = isA3 & unitsWithin(trails, 0xA1, 0xFD) & ~unitsEqualTo(trails, 0xA4);
+    const Units blank =
+        unitsEqualTo(pairs, CHINESE_SPACE_CHAR) | unitsEqualTo(pairs, RETURN_CONVERSION_CHAR);
+    const Units other =
+        unitsEqualTo(pairs, unitOf(0xA1, 0xAB)) | unitsEqualTo(pairs, unitOf(0xA1, 0xE7));
+    const Units symbol =
+        (isA3 | unitsEqualTo(leads, 0xA1)) & unitsWithin(trails, 0xA1, 0xFF) & ~other;
+    const Units ideograph = unitsWithin(leads, 0x81, 0xA0) | unitsWithin(leads, 0xB0, 0xF7);
+    const Units toSmall = ifcase ? unitsWithin(trails, 0xC1, 0xDA) & everyUnit(0x20) : everyUnit(0);
+    const Units ascii = _mm_add_epi16(_mm_sub_epi16(trails, everyUnit(0x80)), toSmall);
+    const Units folded = printable | blank;
+    const Units units = (pairs & ~folded) | (ascii & printable) | (everyUnit(' ') & blank);
+    std::memcpy(units_, &units, sizeof units);
+    unfolded_ = ~static_cast<unsigned>(_mm_movemask_epi8(folded));
+    const auto plain = static_cast<unsigned>(_mm_movemask_epi8(symbol | ideograph | blank));
+    count_ = std::countr_one(plain) / 2;
+  }
+
+  int count() const { return count_; }
+
+  // Puts one of them. May leave a byte behind it.
+  void put(int i, FoldedOutput& out) const {
+    storeUnit(out.next, units_[i]);
+    out.next += 1 + (unfolded_ >> 2 * i & 1);
+  }
+
+ private:
+  gchar_t units_[kBlockUnits];
+  unsigned unfolded_;
+  int count_;
+};
+
+// Takes characters of `in` that need no look at each: ASCII, and eight pairs at once or a run of
+// ideographs where nothing may be read ahead. False when there are none.
 template <class Input>
 [[gnu::always_inline]] inline bool takePlainRun(Input& in, FoldedOutput& out, std::ptrdiff_t room,
                                                 bool ifcase) {
   const Byte* p = in.p;
-  if (isIdeographLead(*p)) {
-    for (auto pairs = std::min(room, in.reach()) / 2; pairs > 0; --pairs) {
-      if (!isIdeographLead(*p) || !in.isTrail(p[1])) break;
-      out.put(loadUnit(p));
-      p += 2;
-    }
-    return p != std::exchange(in.p, p);
-  }
-  if (!in.mayReadAhead) return false;
   if (isAscii(*p)) {
-    // One byte more, since a TAB behind the block would merge with a space at its end.
-    for (auto left = std::min(room, in.reach() - 1); left >= kBlockBytes; left -= kBlockBytes) {
+    // One byte less, since a TAB behind a space would merge with it.
+    auto left = std::min(room, in.reach() - 1);
+    for (; in.mayReadAhead && left >= kBlockBytes; left -= kBlockBytes) {
       const Block block = loadBlock(p);
-      const Block behind = loadBlock(p + 1) & ~kTopOfBytes;
+      const Block behind = loadBlock(p + 1) & ~inEveryByte(0x80);
       if (!isAllAscii(block) || bytesWithin(behind, '\t', '\t') != 0) break;
       out.put(ifcase ? lowered(block) : block);
       p += kBlockBytes;
     }
+    for (; left > 0 && isAscii(*p) && in.isTrail(*p); --left) {
+      if (p[1] == '\t' && p[0] == ' ') break;
+      out.put(ifcase ? loweredAscii(*p) : *p);
+      ++p;
+    }
+  } else if (in.mayReadAhead) {
+    // Whatever comes next finds room for two bytes more and covers the one that may be left behind.
+    for (auto left = std::min(room - 2, in.reach()); left >= 2 * kBlockUnits;
+         left -= 2 * kBlockUnits) {
+      const FoldedPairs pairs(loadUnits(p), ifcase);
+      if (pairs.count() != kBlockUnits) {
+        for (int i = 0; i < pairs.count(); ++i) pairs.put(i, out);
+        p += 2 * pairs.count();
+        break;
+      }
+      unrolled<kBlockUnits>([&](int i) { pairs.put(i, out); });
+      p += 2 * kBlockUnits;
+    }
   } else {
-    for (auto left = std::min(room, in.reach()); left >= kBlockBytes; left -= kBlockBytes) {
-      const Block block = loadBlock(p);
-      if (!isAllWidened(block)) break;
-      const Block ascii = narrowed(block);
-      out.put(static_cast<std::uint32_t>(ifcase ? lowered(ascii) : ascii));
-      p += kBlockBytes;
+    for (auto pairs = room / 2; pairs > 0 && isIdeographLead(*p) && in.isTrail(p[1]); --pairs) {
+      out.put(loadUnit(p));
+      p += 2;
     }
   }
   return p != std::exchange(in.p, p);

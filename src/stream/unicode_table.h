@@ -3,8 +3,8 @@
 #ifndef SGBK_STREAM_UNICODE_TABLE_H
 #define SGBK_STREAM_UNICODE_TABLE_H
 
+#include "core/unit_block.h"
 #include "sgbk/EncodingConvertor.h"
-#include "stream/unit_block.h"
 
 namespace sgbk {
 

@@ -1,7 +1,8 @@
-// Eight 16-bit units at once, by SSE2, which every x86-64 has.
+// Eight 16-bit units at once, be they code units or double-byte characters, by SSE2, which every
+// x86-64 has.
 
-#ifndef SGBK_STREAM_UNIT_BLOCK_H
-#define SGBK_STREAM_UNIT_BLOCK_H
+#ifndef SGBK_CORE_UNIT_BLOCK_H
+#define SGBK_CORE_UNIT_BLOCK_H
 
 #include <emmintrin.h>
 
@@ -12,8 +13,8 @@ namespace sgbk {
 using Units = __m128i;
 inline constexpr int kBlockUnits = 8;
 
-inline Units loadUnits(const unsigned short* from) {
-  return _mm_loadu_si128(reinterpret_cast<const Units*>(from));
+inline Units loadUnits(const void* from) {
+  return _mm_loadu_si128(static_cast<const Units*>(from));
 }
 
 inline void storeUnits(char* to, Units units) {
@@ -33,9 +34,17 @@ inline Units lookUpUnits(const gchar_t* table, const unsigned short* indexes) {
   return _mm_insert_epi16(units, entry(7), 7);
 }
 
+inline Units everyUnit(unsigned short unit) { return _mm_set1_epi16(static_cast<short>(unit)); }
+
 // All bits of every unit that equals `unit`.
 inline Units unitsEqualTo(Units units, unsigned short unit) {
-  return _mm_cmpeq_epi16(units, _mm_set1_epi16(static_cast<short>(unit)));
+  return _mm_cmpeq_epi16(units, everyUnit(unit));
+}
+
+// All bits of every unit from `first` to `last`, which are below 8000.
+inline Units unitsWithin(Units units, unsigned short first, unsigned short last) {
+  return _mm_and_si128(_mm_cmpgt_epi16(units, everyUnit(static_cast<unsigned short>(first - 1))),
+                       _mm_cmpgt_epi16(everyUnit(static_cast<unsigned short>(last + 1)), units));
 }
 
 // All bits of every unit that is an ASCII character.
