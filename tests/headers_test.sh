@@ -2,21 +2,17 @@
 # Every public header compiles alone, from C++11 on, under every compiler there is, also with the
 # headers' own folder as the include path: headers_test.sh INCLUDE_FOLDER
 set -u
-include=$1
 failed=0
 for compiler in g++ clang++; do
-  if ! command -v $compiler >/dev/null 2>&1; then
-    echo "$compiler is not here"
-    continue
-  fi
+  command -v $compiler >/dev/null || { echo "$compiler is not here"; continue; }
   for standard in 11 14 17 20 2b; do
-    for path in "$include"/sgbk/*.h; do
+    for path in "$1"/sgbk/*.h; do
       header=$(basename "$path")
-      for form in "-I$include <sgbk/$header>" "-I$include/sgbk \"$header\""; do
+      for form in "$1 sgbk/$header" "$1/sgbk $header"; do
         # Twice, for the include guard.
-        printf '#include %s\n#include %s\n' "${form#* }" "${form#* }" |
-          $compiler -std=c++$standard -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror \
-            "${form%% *}" -x c++ -fsyntax-only - || { echo "FAILED: $compiler $standard $form"; failed=1; }
+        $compiler -std=c++$standard -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror \
+          -I"${form% *}" -include "${form#* }" -include "${form#* }" -x c++ -fsyntax-only /dev/null ||
+          { echo "FAILED: $compiler $standard $form"; failed=1; }
       done
     done
   done
