@@ -2,43 +2,64 @@
 // two the capacity; the rest is the text. Each input is run beside the operation's twin, between
 // protected pages and over two fillings of the destination.
 
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <fstream>
+#include <span>
 
 #include "support/operations.h"
 
 namespace {
 
+using namespace sgbk_test;
+
 // Chosen on the command line in place of the first byte.
-const sgbk_test::Operation* chosen = nullptr;
+const Operation* chosen = nullptr;
+
+// An input with all that the operation distinguishes, and some characters.
+std::string seed(std::size_t index) {
+  const Operation& operation = operations()[index];
+  std::mt19937 random(1);
+  std::string input = {static_cast<char>(index), '\x50', '\0'};
+  for (int i = 0; i < 9; ++i) input += operation.randomCharacter(random);
+  return input + operation.alphabet();
+}
 
 }  // namespace
 
+// --operation=NAME tries one operation only, --seeds=FOLDER writes an input for each.
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
   EncodingConvertor::initializeInstance(nullptr);
-  constexpr char kOption[] = "--operation=";
-  for (int i = 1; i < *argc; ++i) {
-    const std::string argument = (*argv)[i];
-    if (argument.starts_with(kOption)) {
-      chosen = &sgbk_test::operationNamed(argument.substr(std::strlen(kOption)));
+  for (const std::string argument : std::span(*argv, static_cast<std::size_t>(*argc))) {
+    const std::string value = argument.substr(argument.find('=') + 1);
+    if (argument.starts_with("--operation=")) chosen = &operationNamed(value);
+    if (!argument.starts_with("--seeds=")) continue;
+    for (std::size_t i = 0; i < operations().size(); ++i) {
+      std::ofstream(value + "/" + operations()[i].name) << seed(i);
     }
   }
   return 0;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
   constexpr std::size_t kHead = 3;
   if (size < kHead) return 0;
-  const auto list = sgbk_test::operations();
-  const auto& operation = chosen != nullptr ? *chosen : list[data[0] % list.size()];
+  const auto& operation = chosen != nullptr ? *chosen : operations()[data[0] % operations().size()];
   const std::string text(reinterpret_cast<const char*>(data) + kHead, size - kHead);
-  const long capacity = (data[1] + 256 * data[2]) % (operation.enough(text.size()) + 2) - 1;
+  const int capacity = (data[1] + 256 * data[2]) % (operation.enough(text.size()) + 2) - 1;
   const std::string difference = disagreement(operation, text, capacity);
-  if (!difference.empty()) {
-    std::fprintf(stderr, "%s\n", difference.c_str());
-    std::abort();
-  }
-  return 0;
+  if (difference.empty()) return 0;
+  std::fprintf(stderr, "%s\n", difference.c_str());
+  std::abort();
 }
+
+#ifdef SGBK_PLAIN_MAIN
+// Takes the seeds only.
+int main(int argc, char** argv) {
+  LLVMFuzzerInitialize(&argc, &argv);
+  for (std::size_t i = 0; i < operations().size(); ++i) {
+    const std::string input = seed(i);
+    LLVMFuzzerTestOneInput(reinterpret_cast<const unsigned char*>(input.data()), input.size());
+  }
+}
+#endif

@@ -8,7 +8,7 @@
 #include <new>
 #include <random>
 #include <thread>
-#include <vector>
+#include <tuple>
 
 #include "support/operations.h"
 
@@ -38,7 +38,7 @@ void operator delete(void* p, std::size_t) noexcept { release(p); }
 
 namespace {
 
-using sgbk_test::Table;
+using namespace sgbk_test;
 
 TEST(Converter, LivesFromInitializeInstanceToClear) {
   EncodingConvertor::clear();
@@ -66,29 +66,22 @@ TEST(Converter, LeavesTheLockFreeWhenMemoryIsShort) {
 
 TEST(Converter, HoldsTheTablesWithAsciiWidened) {
   ASSERT_EQ(EncodingConvertor::initializeInstance(nullptr), 0);
-  const Table& expected = sgbk_test::unicodeTable();
-  for (unsigned uc = 0; uc < 65536; ++uc) {
-    ASSERT_EQ(EncodingConvertor::getInstance()->getucgvalue(static_cast<unsigned short>(uc)),
-              expected[uc])
-        << std::hex << uc;
+  for (gchar_t uc = 0; const gchar_t expected : tables().unicode) {
+    ASSERT_EQ(EncodingConvertor::getInstance()->getucgvalue(uc), expected) << uc;
+    ++uc;
   }
 }
 
 // Half of the threads make the converter, the others wait for it; all convert at once.
 TEST(Converter, ServesManyThreadsWhileItIsMade) {
   ASSERT_EQ(EncodingConvertor::initializeInstance(nullptr), 0);
-  struct Case {
-    const sgbk_test::Operation* operation;
-    std::string src;
-    sgbk_test::Outcome expected;
-  };
-  std::vector<Case> cases;
+  std::vector<std::tuple<const Operation*, std::string, Outcome>> cases;
   std::mt19937 random(8);
-  for (const auto& operation : sgbk_test::operations()) {
-    if (operation.capacity != sgbk_test::Capacity::any) continue;
+  for (const Operation& operation : operations()) {
+    if (operation.capacity != Capacity::any) continue;
     std::string src = operation.alphabet();
     for (int i = 0; i < 2000; ++i) src += operation.randomCharacter(random);
-    cases.push_back({&operation, src, operation.twin(src, {operation.enough(src.size()), '\0'})});
+    cases.emplace_back(&operation, src, operation.twin(src, {operation.enough(src.size()), '\0'}));
   }
   for (int round = 0; round < 5; ++round) {
     EncodingConvertor::clear();
@@ -99,8 +92,8 @@ TEST(Converter, ServesManyThreadsWhileItIsMade) {
         if (maker) EncodingConvertor::initializeInstance(nullptr);
         while (EncodingConvertor::getInstance() == nullptr) std::this_thread::yield();
         for (const auto& [operation, src, expected] : cases) {
-          sgbk_test::Outcome outcome{0, std::string(expected.dest.size(), '\0')};
-          outcome.result = operation->call(src.data(), static_cast<long>(src.size()),
+          Outcome outcome{0, std::string(expected.dest.size(), '\0')};
+          outcome.result = operation->call(src.data(), static_cast<int>(src.size()),
                                            outcome.dest.data(), operation->enough(src.size()));
           EXPECT_TRUE(outcome == expected) << operation->name;
           EXPECT_EQ(EncodingConvertor::initializeInstance(nullptr), 0);

@@ -1,6 +1,8 @@
 #include "support/operations.h"
 
+#include <algorithm>
 #include <cstring>
+#include <stdexcept>
 
 #include "support/guarded_buffer.h"
 #include "support/hex.h"
@@ -16,54 +18,52 @@ namespace sgbk_test {
 namespace {
 
 using E = EncodingConvertor;
-using std::placeholders::_1, std::placeholders::_2;
 
 E& converter() { return *E::getInstance(); }
-int narrow(long n) { return static_cast<int>(n); }
 const gchar_t* units(const char* p) { return reinterpret_cast<const gchar_t*>(p); }
 gchar_t* units(char* p) { return reinterpret_cast<gchar_t*>(p); }
 
 // The shapes that operations of a kind have in common.
 
-template <class Twin>
-Operation stream(const char* name, Text text, int (E::*member)(const char*, int, char*, int),
-                 Twin twin) {
-  const auto call = [=](const char* src, long size, char* dest, long capacity) {
-    return (converter().*member)(src, narrow(size), dest, narrow(capacity));
-  };
-  return {name, text, Capacity::any, 1, call, twin};
+template <class Twin, class... More>
+auto with(Twin twin, More... more) {
+  return [=](const std::string& src, Destination to) { return twin(src, to, more...); };
 }
 
-Operation ucs2(const char* name, bool doubleByte,
-               int (E::*member)(const unsigned short*, int, char*, int)) {
-  const auto call = [=](const char* src, long size, char* dest, long capacity) {
-    return (converter().*member)(units(src), narrow(size / 2), dest, narrow(capacity));
+auto stream(int (E::*member)(const char*, int, char*, int)) {
+  return [=](const char* src, int size, char* dest, int capacity) {
+    return (converter().*member)(src, size, dest, capacity);
   };
-  return {name, Text::ucs2, Capacity::any, 1, call, std::bind(twinUcs2, _1, _2, doubleByte)};
+}
+
+auto ucs2(int (E::*member)(const unsigned short*, int, char*, int)) {
+  return [=](const char* src, int size, char* dest, int capacity) {
+    return (converter().*member)(units(src), size / 2, dest, capacity);
+  };
 }
 
 Operation array(const std::string& name, Array kind, bool ifcase,
                 int (E::*member)(const char*, gchar_t*, int, bool)) {
-  const auto call = [=](const char* src, long, char* dest, long capacity) {
-    return (converter().*member)(src, units(dest), narrow(capacity), ifcase);
+  const auto call = [=](const char* src, int, char* dest, int capacity) {
+    return (converter().*member)(src, units(dest), capacity, ifcase);
   };
-  return {
-      name, Text::terminated, Capacity::any, 2, call, std::bind(twinArray, _1, _2, kind, ifcase)};
+  return {name, Text::terminated, Capacity::any, 2, call, with(twinArray, kind, ifcase)};
 }
 
 template <class Call>
 Operation fold(const std::string& name, Fold kind, bool ifcase, Call function) {
   const bool counted = kind == Fold::counted || kind == Fold::page;
-  const auto call = [=](const char* src, long size, char* dest, long capacity) {
-    return function(src, size, dest, narrow(capacity), ifcase);
+  const auto call = [=](const char* src, int size, char* dest, int capacity) {
+    return function(src, size, dest, capacity, ifcase);
   };
-  return {name, counted ? Text::bytes : Text::terminated, Capacity::any, 1,
-          call, std::bind(twinFold, _1, _2, kind, ifcase)};
+  return {name,          counted ? Text::bytes : Text::terminated,
+          Capacity::any, 1,
+          call,          with(twinFold, kind, ifcase)};
 }
 
 template <class Call, class Twin>
 Operation ofUnits(const char* name, Call function, Twin twin) {
-  const auto call = [=](const char* src, long size, char* dest, long) {
+  const auto call = [=](const char* src, int size, char* dest, int) {
     return static_cast<long>(function(units(src), static_cast<size_t>(size / 2), units(dest)));
   };
   return {name, Text::units, Capacity::asSource, 2, call, twin};
@@ -71,26 +71,25 @@ Operation ofUnits(const char* name, Call function, Twin twin) {
 
 template <class Call>
 Operation entity(const char* name, Entity kind, Call function) {
-  const auto call = [=](const char* src, long, char* dest, long) { return function(src, dest); };
-  return {name, Text::names, Capacity::four, 1, call, std::bind(twinEntity, _1, _2, kind)};
+  const auto call = [=](const char* src, int, char* dest, int) { return function(src, dest); };
+  return {name, Text::names, Capacity::four, 1, call, with(twinEntity, kind)};
 }
 
 std::vector<Operation> all() {
+  constexpr auto any = Capacity::any;
   std::vector<Operation> list = {
-      stream("b52sgbk", Text::bytes, &E::b52sgbk, std::bind(twinPairs, _1, _2, Stream::big5)),
-      stream("t2sgbk", Text::bytes, &E::t2sgbk, std::bind(twinPairs, _1, _2, Stream::gbk)),
-      stream("utf82sgbk", Text::utf8, &E::utf82sgbk, twinUtf8),
-      stream("hz2sgbk", Text::hz, &E::hz2sgbk, twinHz),
-      stream("hzgb2gbk", Text::hz, &E::hzgb2gbk, twinHzToGbk),
-      ucs2("uc2sgbk", false, &E::uc2sgbk),
-      ucs2("uc2sgbk_DB", true, &E::uc2sgbk_DB),
+      {"b52sgbk", Text::bytes, any, 1, stream(&E::b52sgbk), with(twinPairs, Stream::big5)},
+      {"t2sgbk", Text::bytes, any, 1, stream(&E::t2sgbk), with(twinPairs, Stream::gbk)},
+      {"utf82sgbk", Text::utf8, any, 1, stream(&E::utf82sgbk), twinUtf8},
+      {"hz2sgbk", Text::hz, any, 1, stream(&E::hz2sgbk), twinHz},
+      {"hzgb2gbk", Text::hz, any, 1, stream(&E::hzgb2gbk), twinHzToGbk},
+      {"uc2sgbk", Text::ucs2, any, 1, ucs2(&E::uc2sgbk), with(twinUcs2, false)},
+      {"uc2sgbk_DB", Text::ucs2, any, 1, ucs2(&E::uc2sgbk_DB), with(twinUcs2, true)},
       ofUnits(
-          "trimgPunc counted",
-          [](auto src, size_t length, auto dest) { return trimgPunc(src, length, dest); },
-          std::bind(twinTrim, _1, _2, true)),
+          "trimgPunc counted", [](auto... of) { return trimgPunc(of...); }, with(twinTrim, true)),
       ofUnits(
           "trimgPunc", [](auto src, size_t, auto dest) { return trimgPunc(src, dest); },
-          std::bind(twinTrim, _1, _2, false)),
+          with(twinTrim, false)),
       ofUnits(
           "sbctoLowercase",
           [](auto src, size_t length, auto dest) {
@@ -117,25 +116,21 @@ std::vector<Operation> all() {
   };
   for (const bool ifcase : {false, true}) {
     const std::string mode = ifcase ? " case" : "";
-    for (const Operation& operation : {
-             array("dbc2gchar" + mode, Array::dbc, ifcase, &E::dbc2gchar),
-             array("t2sgchar" + mode, Array::t2s, ifcase, &E::t2sgchar),
-             array("t2sgchar_cache" + mode, Array::cache, ifcase, &E::t2sgchar_cache),
-             fold(
-                 "sbc2dbc counted" + mode, Fold::counted, ifcase,
-                 [](auto src, long size, auto... to) { return sbc2dbc(src, narrow(size), to...); }),
-             fold("sbc2dbc" + mode, Fold::terminated, ifcase,
-                  [](auto src, long, auto... to) { return E::sbc2dbc(src, to...); }),
-             fold("gchar2big5" + mode, Fold::big5, ifcase,
-                  [](auto src, long, auto... to) { return converter().gchar2big5(src, to...); }),
-             fold("decodelibpage" + mode, Fold::page, ifcase,
-                  [](auto src, long size, auto dest, int capacity, bool folds) {
-                    return decodelibpage(src, static_cast<size_t>(size), dest,
-                                         static_cast<size_t>(std::max(capacity, 0)), folds);
-                  }),
-         }) {
-      list.push_back(operation);
-    }
+    list.insert(list.end(),
+                {array("dbc2gchar" + mode, Array::dbc, ifcase, &E::dbc2gchar),
+                 array("t2sgchar" + mode, Array::t2s, ifcase, &E::t2sgchar),
+                 array("t2sgchar_cache" + mode, Array::cache, ifcase, &E::t2sgchar_cache),
+                 fold("sbc2dbc counted" + mode, Fold::counted, ifcase,
+                      [](auto... of) { return sbc2dbc(of...); }),
+                 fold("sbc2dbc" + mode, Fold::terminated, ifcase,
+                      [](auto src, int, auto... to) { return E::sbc2dbc(src, to...); }),
+                 fold("gchar2big5" + mode, Fold::big5, ifcase,
+                      [](auto src, int, auto... to) { return converter().gchar2big5(src, to...); }),
+                 fold("decodelibpage" + mode, Fold::page, ifcase,
+                      [](auto src, int size, auto dest, int capacity, bool folds) {
+                        return decodelibpage(src, static_cast<size_t>(size), dest,
+                                             static_cast<size_t>(std::max(capacity, 0)), folds);
+                      })});
   }
   return list;
 }
@@ -151,6 +146,15 @@ std::string Operation::alphabet() const {
     case Text::names: return fromHex("61 6D 70 67 74 45 54 48 3B 00");
     default: return fromHex("41 20 09 0A 2E 00 40 80 81 A1 A3 A4 A6 A7 AB B0 E7 FD FE FF");
   }
+}
+
+std::vector<std::string> Operation::tellingStrings(int length) const {
+  if (length == 0) return {""};
+  std::vector<std::string> strings;
+  for (const std::string& start : tellingStrings(length - 1)) {
+    for (const char c : alphabet()) strings.push_back(start + c);
+  }
+  return strings;
 }
 
 std::string Operation::randomCharacter(std::mt19937& random) const {
@@ -171,25 +175,22 @@ std::string Operation::randomCharacter(std::mt19937& random) const {
   }
 }
 
-std::span<const Operation> operations() {
+const std::vector<Operation>& operations() {
   static const std::vector<Operation> list = all();
   return list;
 }
 
 const Operation& operationNamed(const std::string& name) {
-  for (const Operation& operation : operations()) {
-    if (name == operation.name) return operation;
-  }
-  throw std::invalid_argument("no operation " + name);
+  const auto found = std::ranges::find(operations(), name, &Operation::name);
+  return found != operations().end() ? *found : throw std::invalid_argument("no operation " + name);
 }
 
 Outcome run(const Operation& operation, const std::string& src, Destination to, Guard guard) {
-  constexpr std::size_t kMost = 1 << 20;
-  static const GuardedBuffer input(kMost);
-  static const GuardedBuffer output(4 * kMost);
+  static const GuardedBuffer input(1 << 20);
+  static const GuardedBuffer output(1 << 22);
   const bool terminated = operation.text == Text::terminated || operation.text == Text::names;
   const std::size_t bytes = src.size() + (terminated ? 1 : 0);
-  const auto size = static_cast<std::size_t>(to.size > 0 ? to.size * operation.elementSize : 0);
+  const auto size = static_cast<std::size_t>(std::max(to.size, 0) * operation.elementSize);
   const bool behind = guard == Guard::behind;
   char* const text = behind ? input.last(bytes) : input.first();
   char* const dest = behind ? output.last(size) : output.first();
@@ -197,17 +198,17 @@ Outcome run(const Operation& operation, const std::string& src, Destination to, 
   std::memset(dest, to.fill, size);
   // For the memory sanitizer the destination holds nothing before the library writes there.
   __msan_poison(dest, size);
-  const long result = operation.call(text, static_cast<long>(src.size()), dest, to.size);
+  const long result = operation.call(text, static_cast<int>(src.size()), dest, to.size);
   __msan_unpoison(dest, size);
   return {result, std::string(dest, size)};
 }
 
-std::string disagreement(const Operation& operation, const std::string& bytes, long capacity) {
+std::string disagreement(const Operation& operation, const std::string& bytes, int capacity) {
   std::string src = bytes;
   if (operation.readsUnits()) src.resize(src.size() / 2 * 2);
   if (operation.text == Text::units) src += std::string(2, '\0');
   if (operation.capacity == Capacity::four) capacity = 4;
-  if (operation.capacity == Capacity::asSource) capacity = static_cast<long>(src.size()) / 2;
+  if (operation.capacity == Capacity::asSource) capacity = static_cast<int>(src.size()) / 2;
   for (const Guard guard : {Guard::behind, Guard::before}) {
     const Destination to{capacity, guard == Guard::behind ? '\x5A' : '\xC1'};
     const Outcome expected = operation.twin(src, to);

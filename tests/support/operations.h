@@ -5,8 +5,6 @@
 
 #include <functional>
 #include <random>
-#include <span>
-#include <string>
 
 #include "support/twins.h"
 
@@ -21,21 +19,22 @@ struct Operation {
   std::string name;
   Text text;
   Capacity capacity;
-  long elementSize;  // bytes of an element of the destination's size
-  std::function<long(const char* src, long size, char* dest, long capacity)> call;
+  int elementSize;  // bytes of an element of the destination's size
+  std::function<long(const char* src, int size, char* dest, int capacity)> call;
   std::function<Outcome(const std::string& src, Destination to)> twin;
 
   bool readsUnits() const { return text == Text::ucs2 || text == Text::units; }
-  // A few bytes between which the operation makes all its distinctions.
+  // A few bytes between which the operation makes all its distinctions; all strings of them.
   std::string alphabet() const;
+  std::vector<std::string> tellingStrings(int length) const;
   // One character, mostly a mapped one; or the name of an entity.
   std::string randomCharacter(std::mt19937& random) const;
   // A capacity, in elements, that is always enough.
-  long enough(std::size_t srcBytes) const { return 5 * static_cast<long>(srcBytes) / 2 + 4; }
+  int enough(std::size_t srcBytes) const { return 5 * static_cast<int>(srcBytes) / 2 + 4; }
 };
 
 // Needs the converter to exist.
-std::span<const Operation> operations();
+const std::vector<Operation>& operations();
 const Operation& operationNamed(const std::string& name);
 
 // Where the buffers touch a protected page: behind their last byte or before their first one.
@@ -48,7 +47,7 @@ Outcome run(const Operation& operation, const std::string& src, Destination to,
 // Runs operation and twin on `bytes`, brought into the form that the operation takes, with each
 // guard and another filling for each. Empty when they agree in the result and in every byte of the
 // destination; otherwise says where they differ.
-std::string disagreement(const Operation& operation, const std::string& bytes, long capacity);
+std::string disagreement(const Operation& operation, const std::string& bytes, int capacity);
 
 }  // namespace sgbk_test
 

@@ -21,15 +21,15 @@ struct Outcome {
 using Table = std::vector<gchar_t>;
 
 // The table images with the widened ASCII laid over the first three.
-const Table& big5Table();
-const Table& simplifiedTable();
-const Table& unicodeTable();
-const Table& toBig5Table();
+struct Tables {
+  Table big5, simplified, unicode, toBig5;
+};
+const Tables& tables();
 
 // Each takes the input's bytes and a destination of `size` bytes (elements for twinArray and
 // twinTrim) filled with `fill`; terminated bytes come without their terminator.
 struct Destination {
-  long size;
+  int size;
   char fill;
 };
 
