@@ -19,6 +19,12 @@ Trial tryAs(EncodingConvertor& converter, Source source, std::string_view start,
   return {losses.characters(), losses.lost(), losses.malformed()};
 }
 
+// The mark of its little-endian form begins with that of UCS-2.
+bool isUtf32(std::string_view start) {
+  using namespace std::string_view_literals;
+  return start.starts_with("\xFF\xFE\0\0"sv) || start.starts_with("\0\0\xFE\xFF"sv);
+}
+
 }  // namespace
 
 Source ucs2Order(std::string_view start) {
@@ -26,6 +32,7 @@ Source ucs2Order(std::string_view start) {
 }
 
 std::optional<Source> detect(EncodingConvertor& converter, std::string_view start, bool isWhole) {
+  if (isUtf32(start)) return std::nullopt;
   if (start.starts_with("\xEF\xBB\xBF")) return Source::utf8;
   if (start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF")) return ucs2Order(start);
   if (start.starts_with("\x84\x31\x95\x33")) return Source::gbk;
@@ -38,6 +45,7 @@ std::optional<Source> detect(EncodingConvertor& converter, std::string_view star
 }
 
 std::string adviceFor(EncodingConvertor& converter, std::string_view start, bool isWhole) {
+  if (isUtf32(start)) return "UTF-32 by its byte-order mark, which is not read here";
   std::string advice =
       "encoding unknown: no byte-order mark, not valid UTF-8, not HZ; give it with -f (";
   for (const Source source : {Source::big5, Source::gbk}) {
