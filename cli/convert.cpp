@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
+#include <set>
 
 #include "chunker.h"
 #include "detect.h"
@@ -31,7 +33,8 @@ class ReportFile {
   void add(const std::string& name, const Loss& loss) {
     if (!file_ || count_ == limit_) return;
     ++count_;
-    text_.append(name).append("\t").append(std::to_string(loss.line)).append("\t");
+    appendField(name);
+    text_.append("\t").append(std::to_string(loss.line)).append("\t");
     text_.append(std::to_string(loss.offset)).append("\t").append(inHex(loss.bytes)).append("\t");
     text_.append(nameOf(loss.reason)).append("\n");
     if (text_.size() > kBuffered) flush();
@@ -47,6 +50,18 @@ class ReportFile {
 
  private:
   static constexpr std::size_t kBuffered = 1 << 16;
+
+  // A name may hold what separates fields and lines.
+  void appendField(std::string_view name) {
+    for (const char c : name) {
+      switch (c) {
+        case '\t': text_ += "\\t"; break;
+        case '\n': text_ += "\\n"; break;
+        case '\\': text_ += "\\\\"; break;
+        default: text_ += c;
+      }
+    }
+  }
 
   void flush() {
     file_->write(text_);
@@ -76,7 +91,8 @@ std::optional<std::uint64_t> totalSize(const std::vector<std::string>& files) {
 bool isProgressShown(const Options& o) {
   if (o.progress != When::automatic) return o.progress == When::always;
   // The lines of the output would run into it.
-  const bool isOutputShown = !o.check && !o.inPlace && o.output.empty() && isatty(1) == 1;
+  const bool isToStandardOutput = o.output.empty() || o.output == "-";
+  const bool isOutputShown = !o.check && !o.inPlace && isToStandardOutput && isatty(1) == 1;
   return isatty(2) == 1 && !isOutputShown;
 }
 
@@ -117,10 +133,10 @@ class Run {
         isAnyRead |= convertOne(path, options_.check ? nullptr : &*output);
       }
     } catch (const StoppedAtLoss&) {
-      if (!options_.output.empty()) return;
+      if (!output->isDirect()) return;
     }
     if (options_.check) return;
-    if (options_.output.empty() || (isAnyRead && !isCutOff_)) {
+    if (output->isDirect() || (isAnyRead && !isCutOff_)) {
       output->commit();
     } else {
       printMessage(options_.output + ": not put in place");
@@ -129,10 +145,17 @@ class Run {
 
   void convertInPlace() {
     if (report_.file()) refuseSameFile(*report_.file());
+    std::set<std::filesystem::path> seen;
     for (const std::string& path : options_.files) {
       const auto there = fileAt(path);
       if (!there || !S_ISREG(there->st_mode)) {
         fail(path, there ? "not a regular file" : "No such file or directory");
+        continue;
+      }
+      // What has been converted is not in the encoding of the input any more.
+      std::error_code error;
+      if (!seen.insert(std::filesystem::canonical(path, error)).second) {
+        fail(path, "given twice, replaced only once");
         continue;
       }
       Output output(path, &*there);

@@ -6,6 +6,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -13,30 +14,44 @@
 namespace cli {
 namespace {
 
-// The name of the temporary file, for the signal handler to remove.
-char temporaryName[4096];
-volatile sig_atomic_t hasTemporary = 0;
+// The names of the temporary files, for the signal handler to remove: an output and a report.
+struct TemporaryName {
+  volatile sig_atomic_t isInUse = 0;
+  char name[4096];
+};
+std::array<TemporaryName, 2> temporaries;
 
-constexpr std::array<int, 3> kEndingSignals = {SIGHUP, SIGINT, SIGTERM};
+// SIGPIPE comes from messages as well: nobody reads them any more, and the output is not complete.
+constexpr std::array<int, 5> kEndingSignals = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM};
 
-extern "C" void removeTemporaryAndEnd(int signal) {
-  if (hasTemporary != 0) unlink(temporaryName);
+extern "C" void removeTemporariesAndEnd(int signal) {
+  for (const TemporaryName& temporary : temporaries) {
+    if (temporary.isInUse != 0) unlink(temporary.name);
+  }
   // The default action was restored when the handler was called.
   raise(signal);
 }
 
 void rememberTemporary(const std::string& name) {
-  if (name.size() >= sizeof temporaryName) return;
-  std::memcpy(temporaryName, name.c_str(), name.size() + 1);
-  hasTemporary = 1;
+  const auto slot = std::find_if(temporaries.begin(), temporaries.end(),
+                                 [](const TemporaryName& t) { return t.isInUse == 0; });
+  if (slot == temporaries.end() || name.size() >= sizeof slot->name) return;
+  std::memcpy(slot->name, name.c_str(), name.size() + 1);
+  slot->isInUse = 1;
   for (const int signal : kEndingSignals) {
     struct sigaction now;
     sigaction(signal, nullptr, &now);
     if (now.sa_handler != SIG_DFL) continue;
     struct sigaction action = {};
-    action.sa_handler = removeTemporaryAndEnd;
+    action.sa_handler = removeTemporariesAndEnd;
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(signal, &action, nullptr);
+  }
+}
+
+void forgetTemporary(const std::string& name) {
+  for (TemporaryName& temporary : temporaries) {
+    if (temporary.isInUse != 0 && name == temporary.name) temporary.isInUse = 0;
   }
 }
 
@@ -133,8 +148,16 @@ bool Input::isTerminal() const { return isatty(fd_) == 1; }
 
 Output::Output(const std::string& path, const struct stat* replaced)
     : name_(path), isDurable_(replaced != nullptr) {
+  if (path == "-") {
+    // A descriptor of its own: an output and a report may both go there.
+    name_ = "standard output";
+    fd_ = fcntl(1, F_DUPFD_CLOEXEC, 3);
+    if (fd_ < 0) fail("cannot be written");
+    return;
+  }
   struct stat status;
   const struct stat* const there = stat(path.c_str(), &status) == 0 ? &status : nullptr;
+  if (there == nullptr && errno == ELOOP) fail("cannot be written");
   fd_ = there != nullptr && replaced == nullptr ? openedAlready(*there) : -1;
   if (fd_ >= 0) return;
   if (there != nullptr && !S_ISREG(there->st_mode)) {
@@ -163,7 +186,7 @@ Output::~Output() {
   if (fd_ > 2) close(fd_);
   if (!temporary_.empty()) {
     unlink(temporary_.c_str());
-    hasTemporary = 0;
+    forgetTemporary(temporary_);
   }
 }
 
@@ -201,8 +224,8 @@ void Output::commit(const std::string& backup) {
     }
   }
   if (rename(temporary_.c_str(), target_.c_str()) != 0) fail("cannot be put in place");
+  forgetTemporary(temporary_);
   temporary_.clear();
-  hasTemporary = 0;
 }
 
 struct stat Output::status() const {

@@ -54,8 +54,8 @@ class Input {
 class Output {
  public:
   Output() = default;  // standard output
-  // Writes beside `path` and takes its place on commit(); what is no regular file is written
-  // directly. Throws OutputFailure.
+  // Writes beside `path` and takes its place on commit(); what is no regular file, or "-", standard
+  // output, is written directly. Throws OutputFailure.
   // replaced  the file whose mode and owner the new one takes over; null for a new output
   Output(const std::string& path, const struct stat* replaced);
   ~Output();
@@ -69,6 +69,7 @@ class Output {
 
   const std::string& name() const { return name_; }
   struct stat status() const;
+  bool isDirect() const { return temporary_.empty(); }
 
  private:
   [[noreturn]] void fail(const std::string& what) const;

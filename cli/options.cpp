@@ -36,6 +36,12 @@ void setTo(Options& o, const char* name) {
   o.to = *target;
 }
 
+// An empty name is a variable that was never set, not a wish for standard output.
+std::string fileFrom(const char* option, const char* name) {
+  if (*name == '\0') refuse(std::string("--") + option + ": the name of the file is empty");
+  return name;
+}
+
 void setProgress(Options& o, const char* when) {
   const std::string_view word = when;
   if (word == "auto") {
@@ -58,7 +64,7 @@ constexpr OptionRow kOptions[] = {
     {'f', "from", "NAME", C::source, "encoding of the input (auto)", setFrom},
     {'t', "to", "NAME", C::target, "encoding of the output (gbk)", setTo},
     {'o', "output", "FILE", C::file, "write FILE, put in place when complete",
-     [](Options& o, const char* a) { o.output = a; }},
+     [](Options& o, const char* a) { o.output = fileFrom("output", a); }},
     {'i', "in-place", "[SUFFIX]", C::none, "replace each FILE; with SUFFIX keep the old one",
      [](Options& o, const char* a) {
        o.inPlace = true;
@@ -87,7 +93,7 @@ constexpr OptionRow kOptions[] = {
     {0, "check", nullptr, C::none, "write nothing, exit 1 when anything would be lost",
      [](Options& o, const char*) { o.check = true; }},
     {0, "report", "FILE", C::file, "write a line about every loss to FILE",
-     [](Options& o, const char* a) { o.report = a; }},
+     [](Options& o, const char* a) { o.report = fileFrom("report", a); }},
     {0, "max-reports", "N", C::none, "at most N lines in the report of a file",
      [](Options& o, const char* a) { o.maxReports = numberFrom("max-reports", a, 0, UINT64_MAX); }},
     {0, "explain", "TEXT", C::none, "show what becomes of each character of TEXT, and why",

@@ -110,13 +110,16 @@ class Faults(Test):
         with open("in", "ab") as end:
             self.assertEqual(run("-f", "big5", "other", "in", stdout=end)[0], 3)
         self.assertEqual(run("-f", "big5", "-o", "new", "--report=./new", "in")[0], 2)
+        os.symlink("loop", "loop")
+        self.assertEqual(run("-f", "big5", "-o", "loop", "in")[0], 3)
         self.assertEqual(self.read("in"), text)
         self.assertEqual(self.leftovers(), [])
 
     def test_output_to_a_stream_by_name(self):
         self.write("in", LOSSY)
         clean = run("-q", "-f", "big5", "in")[1]
-        self.assertEqual(run("-q", "-f", "big5", "-o", "/dev/stdout", "in")[:2], (0, clean))
+        for name in ["/dev/stdout", "-"]:
+            self.assertEqual(run("-q", "-f", "big5", "-o", name, "in")[:2], (0, clean))
         self.assertIn("byte\tbytes", run("-q", "-f", "big5", "--report=/dev/stderr", "in")[2])
         self.write("log", b"old\n")
         with open("log", "ab") as end:
@@ -130,7 +133,8 @@ class Faults(Test):
         self.assertEqual(run("-f", "big5", "-i", "--fail-on-loss", "old")[0], 1)
         self.assertEqual(run("-f", "big5", "-i", "--strict", "old")[0], 1)
         self.assertEqual(self.read("old"), LOSSY)
-        self.assertEqual(run("-f", "big5", "-i.bak", "soft")[0], 0)
+        # Converting once more what is in GBK already would destroy it.
+        self.assertEqual(run("-f", "big5", "-i.bak", "soft", "./old")[0], 3)
         self.assertEqual(self.read("old"), b"a\n\xcc\xe5\xa1\xa1\n\xa1\xa1\n")
         self.assertEqual(self.read("soft.bak"), LOSSY)
         self.assertTrue(os.path.islink("soft"))
@@ -162,7 +166,8 @@ class Faults(Test):
             self.assertEqual((status, message), (3, "sgbk: old: write error: File too large\n"))
             self.assertEqual((self.read("old"), self.leftovers()), (text, []))
         # A signal that can be caught leaves nothing behind.
-        with subprocess.Popen([SGBK, "-f", "big5", "-o", "old", "-"], stdin=subprocess.PIPE) as child:
+        with subprocess.Popen([SGBK, "-f", "big5", "-o", "old", "--report=r"],
+                              stdin=subprocess.PIPE) as child:
             child.stdin.write(text)
             child.stdin.flush()
             child.terminate()
@@ -179,6 +184,10 @@ class Faults(Test):
                 child.stdout.close()
                 self.assertEqual(child.stderr.read(), b"")
                 self.assertEqual(child.wait(10), status)
+        reader, messages = os.pipe()
+        os.close(reader)
+        child = subprocess.run([SGBK, "-v", "-i", "-f", "big5", big], stderr=messages)
+        self.assertEqual((child.returncode, self.leftovers()), (-signal.SIGPIPE, []))
 
     def test_short_reads_and_writes(self):
         text = self.read(PAGE) * 100
@@ -278,6 +287,9 @@ class Account(Test):
         _, _, message = run("-f", "big5", "--report=r", "--max-reports=1", name, name)
         self.assertEqual(self.read("r"), header + (rows[:rows.index(b"\n") + 1]) * 2)
         self.assertEqual(message.count("2 of 7 characters lost"), 2)
+        odd = self.write("a\tb\n\\c", b"\xff")
+        self.assertEqual(run("-f", "big5", "--check", "--report=-", odd)[1],
+                         header + b"a\\tb\\n\\\\c\t1\t0\tFF\tmalformed\n")
 
     def test_encoding_is_found_or_refused(self):
         text = "體\n"
@@ -289,6 +301,7 @@ class Account(Test):
         status, out, message = run(data=LOSSY)
         self.assertEqual((status, out), (3, b""))
         self.assertIn("as big5 2 of 7", message)
+        self.assertEqual(run(data=text.encode("utf-32"))[:2], (3, b""))
         late = b"x" * (2 << 20) + b"\n" + LOSSY
         self.assertEqual(run("-o", "out", data=late)[0], 3)
         self.assertEqual(run("-o", "out", self.write("good", b"a\n"), "-", data=late)[0], 3)
@@ -297,7 +310,8 @@ class Account(Test):
     def test_usage(self):
         for mistake in [["--nonsense"], ["-x"], ["-f"], ["-f", "klingon"], ["-t", "hz"],
                         ["-f", "big5", "--no-simplify"], ["-t", "gbk-wide", "-W"],
-                        ["-i", "-o", "x", "y"], ["-i", "-"], ["-i"], ["--truncate=0"],
+                        ["-i", "-o", "x", "y"], ["-o", ""], ["--report="], ["-i", "-"],
+                        ["-i"], ["--truncate=0"],
                         ["--truncate=9x"], ["--max-reports=-1"], ["--progress=now"],
                         ["--explain=\udcff"]]:
             status, out, message = run(*mistake, env={"LC_ALL": "C.UTF-8"})
