@@ -78,7 +78,7 @@ TEST(Converter, ServesManyThreadsWhileItIsMade) {
   std::vector<std::tuple<const Operation*, std::string, Outcome>> cases;
   std::mt19937 random(8);
   for (const Operation& operation : operations()) {
-    if (operation.capacity != Capacity::any) continue;
+    if (!operation.takesCapacity()) continue;
     std::string src = operation.alphabet();
     for (int i = 0; i < 2000; ++i) src += operation.randomCharacter(random);
     cases.emplace_back(&operation, src, operation.twin(src, {operation.enough(src.size()), '\0'}));

@@ -68,7 +68,7 @@ void holdSize(const Operation& operation, const std::string& formula, int n) {
   for (const std::string& src : operation.tellingStrings(operation.readsUnits() ? 2 * n : n)) {
     const auto withRoom = [&](int room) {
       Outcome outcome = run(operation, src, Destination{room, '\x5A'});
-      outcome.dest.resize(static_cast<std::size_t>(enough * operation.elementSize), '\x5A');
+      outcome.dest.resize(static_cast<std::size_t>(enough * operation.elementSize()), '\x5A');
       return outcome;
     };
     const Outcome outcome = withRoom(enough);
@@ -83,7 +83,7 @@ TEST(Documentation, SizesCalledEnoughSufficeAndNothingLess) {
   for (const auto& cells : rowsBelow("| operation | *n* counts | room counts | enough |")) {
     for (const std::string& name : quoted(cells.at(0))) {
       const Operation& operation = operationNamed(name);
-      if (operation.capacity != Capacity::any) continue;
+      if (!operation.takesCapacity()) continue;
       SCOPED_TRACE(name);
       for (const int n : {0, 1, 2}) holdSize(operation, quoted(cells.at(3)).at(0), n);
       ++checked;

@@ -23,114 +23,99 @@ E& converter() { return *E::getInstance(); }
 const gchar_t* units(const char* p) { return reinterpret_cast<const gchar_t*>(p); }
 gchar_t* units(char* p) { return reinterpret_cast<gchar_t*>(p); }
 
-// The shapes that operations of a kind have in common.
-
 template <class Twin, class... More>
 auto with(Twin twin, More... more) {
   return [=](const std::string& src, Destination to) { return twin(src, to, more...); };
 }
 
 auto stream(int (E::*member)(const char*, int, char*, int)) {
-  return [=](const char* src, int size, char* dest, int capacity) {
-    return (converter().*member)(src, size, dest, capacity);
-  };
+  return [=](auto... of) { return (converter().*member)(of...); };
 }
 
 auto ucs2(int (E::*member)(const unsigned short*, int, char*, int)) {
-  return [=](const char* src, int size, char* dest, int capacity) {
-    return (converter().*member)(units(src), size / 2, dest, capacity);
+  return [=](const char* src, int size, auto... to) {
+    return (converter().*member)(units(src), size / 2, to...);
   };
 }
 
-Operation array(const std::string& name, Array kind, bool ifcase,
-                int (E::*member)(const char*, gchar_t*, int, bool)) {
-  const auto call = [=](const char* src, int, char* dest, int capacity) {
+auto array(int (E::*member)(const char*, gchar_t*, int, bool), bool ifcase) {
+  return [=](const char* src, int, char* dest, int capacity) {
     return (converter().*member)(src, units(dest), capacity, ifcase);
   };
-  return {name, Text::terminated, Capacity::any, 2, call, with(twinArray, kind, ifcase)};
 }
 
-template <class Call>
-Operation fold(const std::string& name, Fold kind, bool ifcase, Call function) {
-  const bool counted = kind == Fold::counted || kind == Fold::page;
-  const auto call = [=](const char* src, int size, char* dest, int capacity) {
-    return function(src, size, dest, capacity, ifcase);
-  };
-  return {name,          counted ? Text::bytes : Text::terminated,
-          Capacity::any, 1,
-          call,          with(twinFold, kind, ifcase)};
-}
-
-template <class Call, class Twin>
-Operation ofUnits(const char* name, Call function, Twin twin) {
-  const auto call = [=](const char* src, int size, char* dest, int) {
+template <class Function>
+auto ofUnits(Function function) {
+  return [=](const char* src, int size, char* dest, int) {
     return static_cast<long>(function(units(src), static_cast<size_t>(size / 2), units(dest)));
   };
-  return {name, Text::units, Capacity::asSource, 2, call, twin};
-}
-
-template <class Call>
-Operation entity(const char* name, Entity kind, Call function) {
-  const auto call = [=](const char* src, int, char* dest, int) { return function(src, dest); };
-  return {name, Text::names, Capacity::four, 1, call, with(twinEntity, kind)};
 }
 
 std::vector<Operation> all() {
-  constexpr auto any = Capacity::any;
   std::vector<Operation> list = {
-      {"b52sgbk", Text::bytes, any, 1, stream(&E::b52sgbk), with(twinPairs, Stream::big5)},
-      {"t2sgbk", Text::bytes, any, 1, stream(&E::t2sgbk), with(twinPairs, Stream::gbk)},
-      {"utf82sgbk", Text::utf8, any, 1, stream(&E::utf82sgbk), twinUtf8},
-      {"hz2sgbk", Text::hz, any, 1, stream(&E::hz2sgbk), twinHz},
-      {"hzgb2gbk", Text::hz, any, 1, stream(&E::hzgb2gbk), twinHzToGbk},
-      {"uc2sgbk", Text::ucs2, any, 1, ucs2(&E::uc2sgbk), with(twinUcs2, false)},
-      {"uc2sgbk_DB", Text::ucs2, any, 1, ucs2(&E::uc2sgbk_DB), with(twinUcs2, true)},
-      ofUnits(
-          "trimgPunc counted", [](auto... of) { return trimgPunc(of...); }, with(twinTrim, true)),
-      ofUnits(
-          "trimgPunc", [](auto src, size_t, auto dest) { return trimgPunc(src, dest); },
-          with(twinTrim, false)),
-      ofUnits(
-          "sbctoLowercase",
-          [](auto src, size_t length, auto dest) {
-            E::sbctoLowercase(std::copy_n(src, length, dest) - length);
-            return 0;
-          },
-          twinLowered),
-      entity("decodeCharEntity", Entity::code,
-             [](auto src, auto) { return together(decodeCharEntity(src), 0); }),
-      entity("decodeIrregularCharEntity", Entity::codeOfPrefix,
-             [](auto src, auto) {
-               size_t len = 99;
-               const UINT16 code = decodeIrregularCharEntity(src, len);
-               return together(code, static_cast<long>(len));
-             }),
-      entity("deEscHtml", Entity::text,
-             [](auto src, auto dest) { return together(deEscHtml(src, dest), 0); }),
-      entity("deEscHtml prefix", Entity::textOfPrefix,
-             [](auto src, auto dest) {
-               const char* pscan = src;
-               const int result = deEscHtml(src, dest, pscan);
-               return together(result, pscan - src);
-             }),
+      {"b52sgbk", Text::bytes, stream(&E::b52sgbk), with(twinPairs, Stream::big5)},
+      {"t2sgbk", Text::bytes, stream(&E::t2sgbk), with(twinPairs, Stream::gbk)},
+      {"utf82sgbk", Text::utf8, stream(&E::utf82sgbk), twinUtf8},
+      {"hz2sgbk", Text::hz, stream(&E::hz2sgbk), twinHz},
+      {"hzgb2gbk", Text::hz, stream(&E::hzgb2gbk), twinHzToGbk},
+      {"uc2sgbk", Text::ucs2, ucs2(&E::uc2sgbk), with(twinUcs2, false)},
+      {"uc2sgbk_DB", Text::ucs2, ucs2(&E::uc2sgbk_DB), with(twinUcs2, true)},
+      {"trimgPunc counted", Text::units, ofUnits([](auto... of) { return trimgPunc(of...); }),
+       with(twinTrim, true)},
+      {"trimgPunc", Text::units,
+       ofUnits([](auto src, size_t, auto dest) { return trimgPunc(src, dest); }),
+       with(twinTrim, false)},
+      {"sbctoLowercase", Text::units, ofUnits([](auto src, size_t length, auto dest) {
+         E::sbctoLowercase(std::copy_n(src, length, dest) - length);
+         return 0;
+       }),
+       twinLowered},
+      {"decodeCharEntity", Text::names,
+       [](auto src, auto...) { return together(decodeCharEntity(src), 0); },
+       with(twinEntity, Entity::code)},
+      {"decodeIrregularCharEntity", Text::names,
+       [](auto src, auto...) {
+         size_t len = 99;
+         const UINT16 code = decodeIrregularCharEntity(src, len);
+         return together(code, static_cast<long>(len));
+       },
+       with(twinEntity, Entity::codeOfPrefix)},
+      {"deEscHtml", Text::names,
+       [](auto src, int, auto dest, int) { return together(deEscHtml(src, dest), 0); },
+       with(twinEntity, Entity::text)},
+      {"deEscHtml prefix", Text::names,
+       [](auto src, int, auto dest, int) {
+         const char* pscan = src;
+         const int result = deEscHtml(src, dest, pscan);
+         return together(result, pscan - src);
+       },
+       with(twinEntity, Entity::textOfPrefix)},
   };
   for (const bool ifcase : {false, true}) {
     const std::string mode = ifcase ? " case" : "";
-    list.insert(list.end(),
-                {array("dbc2gchar" + mode, Array::dbc, ifcase, &E::dbc2gchar),
-                 array("t2sgchar" + mode, Array::t2s, ifcase, &E::t2sgchar),
-                 array("t2sgchar_cache" + mode, Array::cache, ifcase, &E::t2sgchar_cache),
-                 fold("sbc2dbc counted" + mode, Fold::counted, ifcase,
-                      [](auto... of) { return sbc2dbc(of...); }),
-                 fold("sbc2dbc" + mode, Fold::terminated, ifcase,
-                      [](auto src, int, auto... to) { return E::sbc2dbc(src, to...); }),
-                 fold("gchar2big5" + mode, Fold::big5, ifcase,
-                      [](auto src, int, auto... to) { return converter().gchar2big5(src, to...); }),
-                 fold("decodelibpage" + mode, Fold::page, ifcase,
-                      [](auto src, int size, auto dest, int capacity, bool folds) {
-                        return decodelibpage(src, static_cast<size_t>(size), dest,
-                                             static_cast<size_t>(std::max(capacity, 0)), folds);
-                      })});
+    const std::vector<Operation> folding = {
+        {"dbc2gchar" + mode, Text::array, array(&E::dbc2gchar, ifcase),
+         with(twinArray, Array::dbc, ifcase)},
+        {"t2sgchar" + mode, Text::array, array(&E::t2sgchar, ifcase),
+         with(twinArray, Array::t2s, ifcase)},
+        {"t2sgchar_cache" + mode, Text::array, array(&E::t2sgchar_cache, ifcase),
+         with(twinArray, Array::cache, ifcase)},
+        {"sbc2dbc counted" + mode, Text::bytes, [=](auto... of) { return sbc2dbc(of..., ifcase); },
+         with(twinFold, Fold::counted, ifcase)},
+        {"sbc2dbc" + mode, Text::terminated,
+         [=](auto src, int, auto... to) { return E::sbc2dbc(src, to..., ifcase); },
+         with(twinFold, Fold::terminated, ifcase)},
+        {"gchar2big5" + mode, Text::terminated,
+         [=](auto src, int, auto... to) { return converter().gchar2big5(src, to..., ifcase); },
+         with(twinFold, Fold::big5, ifcase)},
+        {"decodelibpage" + mode, Text::bytes,
+         [=](auto src, int size, auto dest, int capacity) {
+           return decodelibpage(src, static_cast<size_t>(size), dest,
+                                static_cast<size_t>(std::max(capacity, 0)), ifcase);
+         },
+         with(twinFold, Fold::page, ifcase)},
+    };
+    list.insert(list.end(), folding.begin(), folding.end());
   }
   return list;
 }
@@ -188,9 +173,8 @@ const Operation& operationNamed(const std::string& name) {
 Outcome run(const Operation& operation, const std::string& src, Destination to, Guard guard) {
   static const GuardedBuffer input(1 << 20);
   static const GuardedBuffer output(1 << 22);
-  const bool terminated = operation.text == Text::terminated || operation.text == Text::names;
-  const std::size_t bytes = src.size() + (terminated ? 1 : 0);
-  const auto size = static_cast<std::size_t>(std::max(to.size, 0) * operation.elementSize);
+  const std::size_t bytes = src.size() + (operation.isTerminated() ? 1 : 0);
+  const auto size = static_cast<std::size_t>(std::max(to.size, 0) * operation.elementSize());
   const bool behind = guard == Guard::behind;
   char* const text = behind ? input.last(bytes) : input.first();
   char* const dest = behind ? output.last(size) : output.first();
@@ -207,8 +191,8 @@ std::string disagreement(const Operation& operation, const std::string& bytes, i
   std::string src = bytes;
   if (operation.readsUnits()) src.resize(src.size() / 2 * 2);
   if (operation.text == Text::units) src += std::string(2, '\0');
-  if (operation.capacity == Capacity::four) capacity = 4;
-  if (operation.capacity == Capacity::asSource) capacity = static_cast<int>(src.size()) / 2;
+  if (operation.text == Text::names) capacity = 4;
+  if (operation.text == Text::units) capacity = static_cast<int>(src.size()) / 2;
   for (const Guard guard : {Guard::behind, Guard::before}) {
     const Destination to{capacity, guard == Guard::behind ? '\x5A' : '\xC1'};
     const Outcome expected = operation.twin(src, to);

@@ -10,20 +10,24 @@
 
 namespace sgbk_test {
 
-// What the operation reads: counted or NUL-terminated bytes, counted units, units ended by a 0.
-enum class Text { bytes, terminated, utf8, hz, ucs2, units, names };
-// What may be given as the size of the destination: anything, or only what is surely enough.
-enum class Capacity { any, asSource, four };
+// What the operation reads: bytes that are counted, NUL-terminated, or terminated and converted to
+// units; counted bytes of two encodings; counted units, units ended by a 0, the name of an entity.
+enum class Text { bytes, terminated, array, utf8, hz, ucs2, units, names };
 
 struct Operation {
   std::string name;
   Text text;
-  Capacity capacity;
-  int elementSize;  // bytes of an element of the destination's size
   std::function<long(const char* src, int size, char* dest, int capacity)> call;
   std::function<Outcome(const std::string& src, Destination to)> twin;
 
   bool readsUnits() const { return text == Text::ucs2 || text == Text::units; }
+  bool isTerminated() const {
+    return text == Text::terminated || text == Text::array || text == Text::names;
+  }
+  // Whether the size of the destination is told; otherwise there must be room for what comes.
+  bool takesCapacity() const { return text != Text::units && text != Text::names; }
+  // Bytes of an element of the destination's size.
+  int elementSize() const { return text == Text::array || text == Text::units ? 2 : 1; }
   // A few bytes between which the operation makes all its distinctions; all strings of them.
   std::string alphabet() const;
   std::vector<std::string> tellingStrings(int length) const;
@@ -33,7 +37,7 @@ struct Operation {
   int enough(std::size_t srcBytes) const { return 5 * static_cast<int>(srcBytes) / 2 + 4; }
 };
 
-// Needs the converter to exist.
+// To be called while the converter exists.
 const std::vector<Operation>& operations();
 const Operation& operationNamed(const std::string& name);
 

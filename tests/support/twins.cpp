@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <map>
+#include <span>
 
 extern "C" {
 extern const unsigned char _binary_data_big52sgbk_ctb_start[131072];
@@ -25,6 +26,9 @@ struct Writer {
   int n = 0;
   void byte(int b) { dest.at(static_cast<size_t>(n++)) = static_cast<char>(b); }
   void unit(gchar_t u) { byte(u & 0xFF), byte(u >> 8); }
+  void text(const std::string& s) {
+    for (const char c : s) byte(c);
+  }
   bool has(int bytes) const { return to.size - n >= bytes; }
   Outcome done(long result) { return {result, dest}; }
   Outcome terminated() {
@@ -253,7 +257,7 @@ Outcome twinFold(const std::string& src, Destination to, Fold kind, bool ifcase)
     } else if (page && references.contains(pair)) {
       const std::string& reference = references.at(pair);
       if (out.n + static_cast<int>(reference.size()) > destend) return out.done(-1);
-      for (const char c : reference) out.byte(c);
+      out.text(reference);
     } else if (b1 == 0x80 || (b1 > 0x80 && b2 < 0) ||
                (page && pair == DESCRIPTION_CONTENT_SEPARATOR)) {
       continue;
@@ -336,32 +340,28 @@ Outcome twinLowered(const std::string& src, Destination) {
 Outcome twinEntity(const std::string& src, Destination to, Entity kind) {
   Writer out{to};
   const std::string text = src.substr(0, src.find('\0'));
-  const auto finish = [&](const std::string& written, long taken) {
-    for (const char c : written) out.byte(c);
-    out.byte(0);
-    return out.done(together(static_cast<long>(written.size()), taken));
+  const bool whole = kind == Entity::code || kind == Entity::text;
+  const auto matches = [&](const std::string& name) {
+    return whole ? text == name : text.starts_with(name);
+  };
+  const auto done = [&](long value, const std::string& name) {
+    return out.done(together(value, whole ? 0 : static_cast<long>(name.size())));
   };
   if (kind == Entity::code || kind == Entity::codeOfPrefix) {
-    for (const auto& row : charEntitySet) {
-      if (kind == Entity::code && text == row.pEntity) return out.done(row.uc);
-    }
-    for (const auto& row : charEntityIESet) {
-      const std::string name = row.pEntity;
-      if (kind == Entity::codeOfPrefix && text.starts_with(name)) {
-        return out.done(together(row.uc, static_cast<long>(name.size())));
-      }
+    using Rows = std::span<const tCharEntityMap>;
+    for (const auto& row : whole ? Rows(charEntitySet) : Rows(charEntityIESet)) {
+      if (matches(row.pEntity)) return done(row.uc, row.pEntity);
     }
     return out.done(0xFFFE);
   }
   for (const auto& row : charaentitymaps) {
-    const std::string name = row.pesc;
-    if (kind == Entity::text && text == name) return finish(row.pdesc, 0);
-    if (kind == Entity::textOfPrefix && text.starts_with(name)) {
-      return finish(row.pdesc, static_cast<long>(name.size()));
-    }
+    if (!matches(row.pesc)) continue;
+    out.text(row.pdesc);
+    return done(out.terminated().result, row.pesc);
   }
-  if (kind == Entity::textOfPrefix) return out.done(0);
-  return finish(std::string(1, text.c_str()[0]), 0);
+  if (!whole) return out.done(0);
+  out.byte(text.c_str()[0]);
+  return out.terminated();
 }
 
 }  // namespace sgbk_test
