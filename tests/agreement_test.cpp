@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <random>
 
 #include "support/hex.h"
 #include "support/operations.h"
@@ -119,12 +118,6 @@ TEST_P(Agreement, NoTextIsNotRead) {
   if (!operation.name.starts_with("decodelibpage")) {
     EXPECT_EQ(operation.call(nullptr, -2, dest, 8), 0);
   }
-}
-
-TEST(Trimming, OfNoUnitsGivesTheTerminator) {
-  gchar_t unit = 7;
-  EXPECT_EQ(trimgPunc(nullptr, 0, &unit), 1u);
-  EXPECT_EQ(unit, 0);
 }
 
 // The same tests run once more with another table library in the place of ours.

@@ -1,10 +1,7 @@
 #!/bin/bash
 # Promises about the built libraries: binary_test.sh LIBSGBK LIBTABLES EXPORTED_SYMBOLS
 set -u
-library=$1
-tables=$2
-expected=$3
-failed=0
+library=$1 tables=$2 expected=$3 failed=0
 fail() { echo "FAILED: $*" >&2; failed=1; }
 
 # Exactly the listed names are exported.
@@ -30,9 +27,8 @@ done
 # The table library: four objects of 131,072 bytes in read-only data, and nothing else.
 objects=$(readelf --dyn-syms -W "$tables" | awk '$7 ~ /^[0-9]+$/ {sub(/^0x20000$/, 131072, $3); print $3, $4, $7, $8}' | LC_ALL=C sort)
 section=$(readelf -SW "$tables" | sed -n 's/^ *\[ *\([0-9]*\)\] \.rodata .*/\1/p')
-wanted=$(for table in big52sgbk gbk2big5 gbkt2s uc2sgbk; do
-  echo "131072 OBJECT $section _binary_data_${table}_ctb_start"
-done)
+wanted=$(printf "131072 OBJECT $section _binary_data_%s_ctb_start\n" \
+  big52sgbk gbk2big5 gbkt2s uc2sgbk)
 [ "$objects" = "$wanted" ] || fail "$tables exports
 $objects"
 

@@ -27,14 +27,13 @@ bool isInUndefinedRow(int b1, int b2) {
 }
 
 int loweredTrail(int b1, int b2) {
-  const bool kanaVowel = b2 == 0xA2 || b2 == 0xA4 || b2 == 0xA6 || b2 == 0xA8 || b2 == 0xAA;
   switch (b1) {
     case 0xA3: return in(b2, 0xC1, 0xDA) ? b2 + 0x20 : b2;
     case 0xA6: return in(b2, 0xA1, 0xB8) ? b2 + 0x20 : b2;
     case 0xA7: return in(b2, 0xA1, 0xC1) ? b2 + 0x30 : b2;
     case 0xA2: return in(b2, 0xF1, 0xFA) ? b2 - 0x50 : b2;
     case 0xA4:
-    case 0xA5: return kanaVowel ? b2 - 1 : b2;
+    case 0xA5: return in(b2, 0xA2, 0xAA) && b2 % 2 == 0 ? b2 - 1 : b2;
     case 0xAA: return in(b2, 0xDC, 0xDE) ? b2 + 0x20 : b2;
     case 0xAB: return in(b2, 0xC1, 0xDE) ? b2 + 0x20 : b2;
     default: return b2;

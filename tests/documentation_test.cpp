@@ -43,13 +43,12 @@ TEST(Documentation, ExamplesAreTrue) {
   const auto rows = rowsBelow("| operation | source | room | returns | destination |");
   EXPECT_GT(rows.size(), 80u);
   for (const auto& cells : rows) {
-    ASSERT_GE(cells.size(), 5u);
-    const std::string name = quoted(cells[0]).at(0);
-    const std::string source = quoted(cells[1]).at(0);
+    const std::string name = quoted(cells.at(0)).at(0);
+    const std::string source = quoted(cells.at(1)).at(0);
     const Outcome outcome =
-        run(operationNamed(name), fromHex(source), Destination{std::stoi(cells[2]), '\x5A'});
-    const std::string expected = cells[4] == " nothing " ? "" : quoted(cells[4]).at(0);
-    EXPECT_EQ(outcome.result, std::stol(cells[3])) << name << " of " << source;
+        run(operationNamed(name), fromHex(source), Destination{std::stoi(cells.at(2)), '\x5A'});
+    const std::string expected = cells.at(4) == " nothing " ? "" : quoted(cells.at(4)).at(0);
+    EXPECT_EQ(outcome.result, std::stol(cells.at(3))) << name << " of " << source;
     EXPECT_EQ(toHex(outcome.dest).substr(0, expected.size()), expected) << name << " of " << source;
   }
 }

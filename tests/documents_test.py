@@ -11,8 +11,7 @@ import subprocess
 import sys
 import tempfile
 
-root, compiler, *libraries = sys.argv[1:]
-root = pathlib.Path(root)
+root, compiler, *libraries = pathlib.Path(sys.argv[1]), *sys.argv[2:]
 manual = root.joinpath("docs/sgbk.3").read_text(encoding="utf-8")
 compile_program = [compiler, f"-I{root}/include", "-Wall", "-Wextra", "-Werror", "-x", "c++", "-"]
 

@@ -7,8 +7,7 @@ for compiler in g++ clang++; do
   command -v $compiler >/dev/null || { echo "$compiler is not here"; continue; }
   for standard in 11 14 17 20 2b; do
     for path in "$1"/sgbk/*.h; do
-      header=$(basename "$path")
-      for form in "$1 sgbk/$header" "$1/sgbk $header"; do
+      for form in "$1 sgbk/${path##*/}" "$1/sgbk ${path##*/}"; do
         # Twice, for the include guard.
         $compiler -std=c++$standard -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror \
           -I"${form% *}" -include "${form#* }" -include "${form#* }" -x c++ -fsyntax-only /dev/null ||

@@ -36,8 +36,6 @@ def by_code(name):
 
 big52sgbk, gbkt2s, uc2sgbk = by_code("big52sgbk"), by_code("gbkt2s"), entries("uc2sgbk")
 
-# --- the peers ----------------------------------------------------------------------------------
-
 def by(command, lines):
     """What a command makes of each line."""
     result = subprocess.run(command.split(), input=b"\n".join(lines), capture_output=True).stdout
@@ -89,8 +87,6 @@ def is_common(code):
     return 0xA140 <= code <= 0xC67E or 0xC940 <= code <= 0xF9FE
 
 
-# --- what must hold -----------------------------------------------------------------------------
-
 for name, table in ("big52sgbk", big52sgbk), ("gbkt2s", gbkt2s), ("uc2sgbk", uc2sgbk):
     for index, entry in enumerate(table):
         holds = entry in cells and gbkt2s[entry] == entry
@@ -110,8 +106,6 @@ for code in ideographs:
     expect(cell and big52sgbk[code] != SPACE and own_first[cell] == code, "Big5 ideograph", code)
 
 expect(embedded.read_bytes() in tables.read_bytes(), "another table of Big5 is embedded")
-
-# --- each image against its peer ----------------------------------------------------------------
 
 
 def shown(code, characters):
@@ -133,9 +127,7 @@ def expect_known(image, found):
 
 
 def simplified_cell(code):
-    if code not in cells:
-        return SPACE
-    return cell_of(simplified.get(gbk[code], gbk[code])) or code
+    return (cell_of(simplified[gbk[code]]) or code) if code in cells else SPACE
 
 
 def expected_form(character):

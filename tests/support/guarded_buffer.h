@@ -10,18 +10,16 @@
 
 namespace sgbk_test {
 
-// For the whole run; reused for buffers of any size up to the one it was made for.
+// For the whole run; reused for buffers of any size up to `most`, a multiple of a page.
 class GuardedBuffer {
  public:
   explicit GuardedBuffer(std::size_t most) {
     const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    most = (most + page - 1) / page * page;
     void* const base =
         mmap(nullptr, page + most + page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (base == MAP_FAILED) std::abort();
     begin_ = static_cast<char*>(base) + page;
     end_ = begin_ + most;
-    if (mprotect(begin_, most, PROT_READ | PROT_WRITE) != 0) std::abort();
+    if (base == MAP_FAILED || mprotect(begin_, most, PROT_READ | PROT_WRITE) != 0) std::abort();
   }
 
   // The bytes behind the first page, and the last `size` bytes before the second one.

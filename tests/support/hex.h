@@ -3,7 +3,6 @@
 #ifndef SGBK_TESTS_HEX_H
 #define SGBK_TESTS_HEX_H
 
-#include <cstdio>
 #include <sstream>
 #include <string>
 
@@ -18,12 +17,9 @@ inline std::string fromHex(const std::string& hex) {
 
 inline std::string toHex(const std::string& bytes) {
   std::string hex;
-  for (const char c : bytes) {
-    char two[4];
-    std::snprintf(two, sizeof two, "%02X ", static_cast<unsigned char>(c));
-    hex += two;
+  for (const unsigned char c : bytes) {
+    hex += {"0123456789ABCDEF"[c >> 4], "0123456789ABCDEF"[c & 15], ' '};
   }
-  if (!hex.empty()) hex.pop_back();
   return hex;
 }
 

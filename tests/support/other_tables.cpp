@@ -2,7 +2,7 @@
 // undefined codes are not blank.
 
 extern "C" {
-#define TABLE(name) __attribute__((visibility("default"))) unsigned char name[131072]
+#define TABLE(name) __attribute__((visibility("default"))) unsigned short name[65536]
 TABLE(_binary_data_big52sgbk_ctb_start);
 TABLE(_binary_data_gbkt2s_ctb_start);
 TABLE(_binary_data_uc2sgbk_ctb_start);
@@ -11,11 +11,9 @@ TABLE(_binary_data_gbk2big5_ctb_start);
 
 namespace {
 
-void fill(unsigned char* table, unsigned seed) {
+void fill(unsigned short* table, unsigned seed) {
   for (unsigned code = 0; code < 65536; ++code) {
-    const unsigned entry = code * 40503 + seed;
-    table[2 * code] = static_cast<unsigned char>(entry);
-    table[2 * code + 1] = static_cast<unsigned char>(entry >> 8);
+    table[code] = static_cast<unsigned short>(code * 40503 + seed);
   }
 }
 

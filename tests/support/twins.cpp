@@ -328,11 +328,9 @@ Outcome twinTrim(const std::string& src, Destination to, bool counted) {
 
 Outcome twinLowered(const std::string& src, Destination) {
   Outcome outcome{0, src};
-  for (size_t i = 0; outcome.dest[i] != 0; i += 2) {
-    const int trail = at(src, i + 1);
-    if (at(src, i) == 0xA3 && trail >= 0xC1 && trail <= 0xDA) {
-      outcome.dest[i + 1] = static_cast<char>(trail + 0x20);
-    }
+  for (size_t i = 0; src[i] != 0; i += 2) {
+    const bool capital = at(src, i) == 0xA3 && at(src, i + 1) >= 0xC1 && at(src, i + 1) <= 0xDA;
+    if (capital) outcome.dest[i + 1] = static_cast<char>(src[i + 1] + 0x20);
   }
   return outcome;
 }
