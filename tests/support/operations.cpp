@@ -190,7 +190,9 @@ Outcome run(const Operation& operation, const std::string& src, Destination to, 
 std::string disagreement(const Operation& operation, const std::string& bytes, int capacity) {
   std::string src = bytes;
   if (operation.readsUnits()) src.resize(src.size() / 2 * 2);
-  if (operation.text == Text::units) src += std::string(2, '\0');
+  // The last unit ends counted text whatever it is; a blank tempts the most.
+  const char last = operation.name == "trimgPunc counted" ? '\xA1' : '\0';
+  if (operation.text == Text::units) src += {last, last};
   if (operation.text == Text::names) capacity = 4;
   if (operation.text == Text::units) capacity = static_cast<int>(src.size()) / 2;
   for (const Guard guard : {Guard::behind, Guard::before}) {
