@@ -54,11 +54,17 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
 }
 
 #ifdef SGBK_PLAIN_MAIN
-// Takes the seeds only.
+// Takes the inputs in the files named, or the seeds.
 int main(int argc, char** argv) {
   LLVMFuzzerInitialize(&argc, &argv);
-  for (std::size_t i = 0; i < operations().size(); ++i) {
-    const std::string input = seed(i);
+  std::vector<std::string> inputs;
+  for (std::size_t i = 0; argc == 1 && i < operations().size(); ++i) inputs.push_back(seed(i));
+  for (int i = 1; i < argc; ++i) {
+    std::ifstream file(argv[i], std::ios::binary);
+    inputs.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    if (inputs.back().empty()) return 1;
+  }
+  for (const std::string& input : inputs) {
     LLVMFuzzerTestOneInput(reinterpret_cast<const unsigned char*>(input.data()), input.size());
   }
 }
