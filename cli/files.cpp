@@ -215,17 +215,23 @@ void Output::commit(const std::string& backup) {
   // A full disk or a network may only tell now.
   if (close(fd) != 0) fail("write error");
   if (temporary_.empty()) return;
-  if (!backup.empty()) {
-    unlink(backup.c_str());
-    // Some file systems have no second names; the file is then away for a moment.
-    if (link(target_.c_str(), backup.c_str()) != 0 &&
-        rename(target_.c_str(), backup.c_str()) != 0) {
-      fail("cannot keep the old file as " + backup);
-    }
-  }
+  if (!backup.empty()) keepOld(backup);
   if (rename(temporary_.c_str(), target_.c_str()) != 0) fail("cannot be put in place");
   forgetTemporary(temporary_);
   temporary_.clear();
+}
+
+// Gives the old file a second name, which takes the place of an older backup in one step.
+void Output::keepOld(const std::string& backup) const {
+  const std::string second = folderOf(backup) + temporary_.substr(folderOf(target_).size()) + '~';
+  const bool isLinked = link(target_.c_str(), second.c_str()) == 0;
+  // Some file systems have no second names; the file is then away for a moment.
+  const bool isKept = rename((isLinked ? second : target_).c_str(), backup.c_str()) == 0;
+  const int error = errno;
+  // Also after success: renaming does nothing when the backup is a name of the old file already.
+  if (isLinked) unlink(second.c_str());
+  errno = error;
+  if (!isKept) fail("cannot keep the old file as " + backup);
 }
 
 struct stat Output::status() const {

@@ -73,6 +73,7 @@ class Output {
 
  private:
   [[noreturn]] void fail(const std::string& what) const;
+  void keepOld(const std::string& backup) const;
 
   std::string name_ = "standard output";
   int fd_ = 1;
