@@ -5,8 +5,10 @@
 
 namespace cli {
 
-Chunker::Chunker(Read read)
-    : read_(std::move(read)), buffer_(std::make_unique_for_overwrite<char[]>(kCapacity)) {}
+Chunker::Chunker(Read read, std::size_t capacity)
+    : read_(std::move(read)),
+      capacity_(capacity),
+      buffer_(std::make_unique_for_overwrite<char[]>(capacity)) {}
 
 void Chunker::setCut(Source source, Cut cut) {
   lineEnds_ = LineEnds(source);
@@ -61,7 +63,7 @@ void Chunker::fill() {
     end_ -= begin_;
     begin_ = 0;
   }
-  const std::size_t size = read_(buffer_.get() + end_, kCapacity - end_);
+  const std::size_t size = read_(buffer_.get() + end_, capacity_ - end_);
   end_ += size;
   atEnd_ = size == 0;
 }

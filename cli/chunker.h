@@ -23,7 +23,7 @@ class Chunker {
   // The buffer, and with it the longest line that is seen as one; a longer one comes in parts.
   static constexpr std::size_t kCapacity = 1 << 18;
 
-  explicit Chunker(Read read);
+  explicit Chunker(Read read, std::size_t capacity = kCapacity);
   // To be called before next().
   void setCut(Source source, Cut cut);
 
@@ -42,10 +42,11 @@ class Chunker {
  private:
   std::string_view pending() const { return {buffer_.get() + begin_, end_ - begin_}; }
   std::size_t pieceSize();
-  bool isFull() const { return end_ - begin_ == kCapacity; }
+  bool isFull() const { return end_ - begin_ == capacity_; }
   void fill();
 
   Read read_;
+  const std::size_t capacity_;
   LineEnds lineEnds_{Source::utf8};
   Cut cut_ = Cut::anywhere;
   std::unique_ptr<char[]> buffer_;
