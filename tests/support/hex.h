@@ -17,8 +17,9 @@ inline std::string fromHex(const std::string& hex) {
 
 inline std::string toHex(const std::string& bytes) {
   std::string hex;
-  for (const unsigned char c : bytes) {
-    hex += {"0123456789ABCDEF"[c >> 4], "0123456789ABCDEF"[c & 15], ' '};
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    hex += {"0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 15], ' '};
   }
   return hex;
 }
