@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <span>
 
 #include "support/operations.h"
 
@@ -27,15 +26,15 @@ std::string seed(std::size_t index) {
 
 }  // namespace
 
-// --operation=NAME tries one operation only, --seeds=FOLDER writes an input for each.
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
+// From the environment: the memory sanitizer knows nothing of the arguments, which libFuzzer passes
+// on. SGBK_FUZZ_OPERATION names the only operation to try; into the folder SGBK_FUZZ_SEEDS goes an
+// input for each.
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
   EncodingConvertor::initializeInstance(nullptr);
-  for (const std::string argument : std::span(*argv, static_cast<std::size_t>(*argc))) {
-    const std::string value = argument.substr(argument.find('=') + 1);
-    if (argument.starts_with("--operation=")) chosen = &operationNamed(value);
-    if (!argument.starts_with("--seeds=")) continue;
+  if (const char* const name = std::getenv("SGBK_FUZZ_OPERATION")) chosen = &operationNamed(name);
+  if (const char* const folder = std::getenv("SGBK_FUZZ_SEEDS")) {
     for (std::size_t i = 0; i < operations().size(); ++i) {
-      std::ofstream(value + "/" + operations()[i].name) << seed(i);
+      std::ofstream(std::string(folder) + "/" + operations()[i].name) << seed(i);
     }
   }
   return 0;
