@@ -26,15 +26,18 @@ std::string seed(std::size_t index) {
 
 }  // namespace
 
-// From the environment: the memory sanitizer knows nothing of the arguments, which libFuzzer passes
-// on. SGBK_FUZZ_OPERATION names the only operation to try; into the folder SGBK_FUZZ_SEEDS goes an
+// SGBK_FUZZ_OPERATION names the only operation to try; into the folder SGBK_FUZZ_SEEDS goes an
 // input for each.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   EncodingConvertor::initializeInstance(nullptr);
   if (const char* const name = std::getenv("SGBK_FUZZ_OPERATION")) chosen = &operationNamed(name);
   if (const char* const folder = std::getenv("SGBK_FUZZ_SEEDS")) {
     for (std::size_t i = 0; i < operations().size(); ++i) {
-      std::ofstream(std::string(folder) + "/" + operations()[i].name) << seed(i);
+      const std::string name = std::string(folder) + "/" + operations()[i].name;
+      std::FILE* const file = std::fopen(name.c_str(), "wb");
+      if (file == nullptr) std::abort();
+      std::fwrite(seed(i).data(), 1, seed(i).size(), file);
+      std::fclose(file);
     }
   }
   return 0;

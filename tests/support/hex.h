@@ -3,15 +3,15 @@
 #ifndef SGBK_TESTS_HEX_H
 #define SGBK_TESTS_HEX_H
 
-#include <sstream>
 #include <string>
 
 namespace sgbk_test {
 
 inline std::string fromHex(const std::string& hex) {
-  std::istringstream in(hex);
   std::string bytes;
-  for (unsigned byte; in >> std::hex >> byte;) bytes += static_cast<char>(byte);
+  for (std::size_t i = 0; i < hex.size(); i += 3) {
+    bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+  }
   return bytes;
 }
 

@@ -1,7 +1,6 @@
 #include "support/twins.h"
 
 #include <cctype>
-#include <map>
 #include <span>
 
 extern "C" {
@@ -79,8 +78,9 @@ int asciiForm(int lead, int trail, bool yenToo) {
   return lead == 0xA1 && trail == 0xE7 ? 0x24 : 0;
 }
 
-const std::map<gchar_t, std::string> references = {
-    {0xA6A3, "&amp;"}, {0xBCA3, "&lt;"}, {0xBEA3, "&gt;"}};
+std::string referenceFor(gchar_t pair) {
+  return pair == 0xA6A3 ? "&amp;" : pair == 0xBCA3 ? "&lt;" : pair == 0xBEA3 ? "&gt;" : "";
+}
 
 }  // namespace
 
@@ -254,8 +254,8 @@ Outcome twinFold(const std::string& src, Destination to, Fold kind, bool ifcase)
     } else if (pair == TAB_CONVERSION_CHAR && !page) {
       out.byte('\t');
       i += 1;
-    } else if (page && references.contains(pair)) {
-      const std::string& reference = references.at(pair);
+    } else if (page && !referenceFor(pair).empty()) {
+      const std::string reference = referenceFor(pair);
       if (out.n + static_cast<int>(reference.size()) > destend) return out.done(-1);
       out.text(reference);
     } else if (b1 == 0x80 || (b1 > 0x80 && b2 < 0) ||
