@@ -175,17 +175,15 @@ class Run {
 
   // Converts one input; says what is wrong with it and returns false when it could not be read.
   bool convertOne(const std::string& path, Output* output) {
-    std::string name = path;
     try {
       Input input(path);
-      name = input.name();
       if (input.isTerminal() && !options_.quiet) {
         printMessage("reading from the terminal; end with Ctrl-D");
       }
       convert(input, output);
       return true;
     } catch (const InputFailure& failure) {
-      fail(name, failure.what());
+      fail(nameOfInput(path), failure.what());
       return false;
     }
   }

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 namespace cli {
@@ -72,11 +73,14 @@ std::string resolved(std::string path) {
   return path;
 }
 
-// A descriptor of its own for a path that only names standard output or standard error, such as
-// /dev/stdout: the file behind them must not be replaced, and a socket cannot be opened again.
-// -1 for other paths.
-int openedAlready(const struct stat& file) {
-  for (const int fd : {1, 2}) {
+// A descriptor of its own for a path that only names an open one, such as /dev/stdout or /dev/fd/3:
+// the file behind it must not be replaced, and a socket cannot be opened again. -1 for other paths.
+int openedAlready(const std::string& path, const struct stat& file) {
+  int named = 1;
+  if (std::sscanf(path.c_str(), "/dev/fd/%d", &named) != 1) {
+    std::sscanf(path.c_str(), "/proc/self/fd/%d", &named);
+  }
+  for (const int fd : {1, 2, named}) {
     struct stat standard;
     const int flags = fcntl(fd, F_GETFL);
     if (flags == -1 || (flags & O_ACCMODE) == O_RDONLY) continue;
@@ -107,8 +111,8 @@ bool canTryAgain(int fd, short events) {
 void occupyClosedStandardStreams() {
   for (int fd = 0; fd <= 2; ++fd) {
     if (fcntl(fd, F_GETFD) != -1) continue;
-    // In the direction that it is not used in.
-    const int opened = open("/dev/null", fd == 0 ? O_WRONLY : O_RDONLY);
+    // With what can neither be read or written nor, as /dev/stdout, be opened for it.
+    const int opened = fd == 0 ? open("/dev/null", O_WRONLY) : open("/", O_PATH);
     if (opened != fd) close(opened);
   }
 }
@@ -120,7 +124,9 @@ std::optional<struct stat> fileAt(const std::string& path) {
   return status;
 }
 
-Input::Input(const std::string& path) : name_(path == "-" ? "standard input" : path) {
+std::string nameOfInput(const std::string& path) { return path == "-" ? "standard input" : path; }
+
+Input::Input(const std::string& path) : name_(nameOfInput(path)) {
   fd_ = path == "-" ? 0 : open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd_ < 0 || fstat(fd_, &status_) != 0) throw InputFailure(std::strerror(errno));
   if (S_ISDIR(status_.st_mode)) throw InputFailure(std::strerror(EISDIR));
@@ -158,7 +164,7 @@ Output::Output(const std::string& path, const struct stat* replaced)
   struct stat status;
   const struct stat* const there = stat(path.c_str(), &status) == 0 ? &status : nullptr;
   if (there == nullptr && errno == ELOOP) fail("cannot be written");
-  fd_ = there != nullptr && replaced == nullptr ? openedAlready(*there) : -1;
+  fd_ = there != nullptr && replaced == nullptr ? openedAlready(path, *there) : -1;
   if (fd_ >= 0) return;
   if (there != nullptr && !S_ISREG(there->st_mode)) {
     // By the name as given: links in /proc lead to names that do not exist, like "pipe:[123]".

@@ -27,6 +27,9 @@ struct OutputFailure : std::runtime_error {
 // them, output would go to the wrong file. Use of such a stream fails with "Bad file descriptor".
 void occupyClosedStandardStreams();
 
+// What messages call the input at `path`, where "-" is standard input.
+std::string nameOfInput(const std::string& path);
+
 class Input {
  public:
   // "-" is standard input. Throws InputFailure.

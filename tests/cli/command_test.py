@@ -71,11 +71,14 @@ class Faults(Test):
 
     def test_closed_streams(self):
         script = "".join(f'"$0" -f big5 {words}; echo $?; '
-                         for words in ["-o out in 2>&-", "- <&-", "in >&-"])
+                         for words in ["-o out in 2>&-", "- <&-", "- <.", "in >&-",
+                                       "-o /dev/stdout in >&-"])
         done = subprocess.run(["sh", "-c", script, SGBK], capture_output=True, timeout=60)
-        self.assertEqual(done.stdout, b"0\n3\n3\n")
+        self.assertEqual(done.stdout, b"0\n3\n3\n3\n3\n")
         self.assertEqual(done.stderr.decode(), "sgbk: standard input: Bad file descriptor\n"
-                         "sgbk: standard output: write error: Bad file descriptor\n")
+                         "sgbk: standard input: Is a directory\n"
+                         "sgbk: standard output: write error: Bad file descriptor\n"
+                         "sgbk: /dev/stdout: cannot be written: Is a directory\n")
         # The messages must not end up in a file that got the number of standard error.
         self.assertEqual(read("out"), CLEAN)
 
@@ -118,7 +121,9 @@ class Faults(Test):
         write("log", b"old\n")
         with open("log", "ab") as end:
             big5("-q", "-o", "/dev/stdout", "in", stdout=end)
-        self.assertEqual(read("log"), b"old\n" + CLEAN)
+            subprocess.run([SGBK, "-qfbig5", "-o", f"/dev/fd/{end.fileno()}", "in"],
+                           pass_fds=[end.fileno()], check=True)
+        self.assertEqual(read("log"), b"old\n" + CLEAN + CLEAN)
 
     def test_output_in_place(self):
         os.chmod("in", 0o640)
