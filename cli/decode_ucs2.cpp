@@ -1,5 +1,6 @@
 // UCS-2 in either byte order.
 
+#include <algorithm>
 #include <vector>
 
 #include "decoder.h"
@@ -43,31 +44,42 @@ class Ucs2Decoder : public Decoder {
     for (Unit& unit : units_) unit = static_cast<Unit>(unit << 8 | unit >> 8);
   }
 
-  void convert(std::string& out, LossReport& losses) {
+  // In blocks, since the losses are looked for in the blocks that have any.
+  void convert(std::string& out, LossReport& losses) const {
+    constexpr std::size_t kBlock = 1024;
+    for (std::size_t begin = 0; begin != units_.size();) {
+      std::size_t end = std::min(begin + kBlock, units_.size());
+      if (end != units_.size() && isHighSurrogate(units_[end - 1])) ++end;
+      if (!convertBlock(begin, end, out)) findLosses(begin, end, losses);
+      begin = end;
+    }
+    losses.addCharacters(units_.size());
+  }
+
+  // Whether all of it was written.
+  bool convertBlock(std::size_t from, std::size_t to, std::string& out) const {
     const bool isWide = form_ == Form::wide;
     std::size_t ascii = 0;
     std::size_t marks = 0;
-    for (const Unit unit : units_) {
-      ascii += unit < 0x80;
-      marks += unit == kByteOrderMark;
+    for (std::size_t i = from; i != to; ++i) {
+      ascii += units_[i] < 0x80;
+      marks += units_[i] == kByteOrderMark;
     }
-    const std::size_t expected = 2 * (units_.size() - marks) - (isWide ? 0 : ascii);
+    const std::size_t expected = 2 * (to - from - marks) - (isWide ? 0 : ascii);
     const std::size_t begin = out.size();
-    out.resize(begin + 2 * units_.size());
+    out.resize(begin + 2 * (to - from));
     const auto call = isWide ? &EncodingConvertor::uc2sgbk_DB : &EncodingConvertor::uc2sgbk;
-    const int written = (converter_.*call)(units_.data(), static_cast<int>(units_.size()),
-                                           out.data() + begin, static_cast<int>(2 * units_.size()));
+    const int written = (converter_.*call)(units_.data() + from, static_cast<int>(to - from),
+                                           out.data() + begin, static_cast<int>(2 * (to - from)));
     out.resize(begin + static_cast<std::size_t>(written));
-    losses.addCharacters(units_.size());
-    if (static_cast<std::size_t>(written) != expected) findLosses(losses);
+    return static_cast<std::size_t>(written) == expected;
   }
 
-  void findLosses(LossReport& losses) const {
-    for (std::size_t i = 0; i < units_.size(); ++i) {
+  void findLosses(std::size_t from, std::size_t to, LossReport& losses) const {
+    for (std::size_t i = from; i < to; ++i) {
       const Unit unit = units_[i];
       if (isSurrogate(unit)) {
-        const bool isPair =
-            isHighSurrogate(unit) && i + 1 < units_.size() && isLowSurrogate(units_[i + 1]);
+        const bool isPair = isHighSurrogate(unit) && i + 1 < to && isLowSurrogate(units_[i + 1]);
         losses.add(isPair ? Reason::undefined : Reason::malformed, 2 * i, isPair ? 4 : 2);
         i += isPair;
         losses.addCharacters(isPair ? static_cast<std::size_t>(-1) : 0);

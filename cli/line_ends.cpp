@@ -12,8 +12,10 @@ std::size_t LineEnds::behindFirst(std::string_view text, std::size_t from) const
     const std::size_t at = text.find('\n', from);
     return at == std::string_view::npos ? 0 : at + 1;
   }
-  for (std::size_t at = from / 2 * 2; at + 2 <= text.size(); at += 2) {
-    if (isWideLineFeed(text, at)) return at + 2;
+  for (std::size_t at = text.find('\n', from / 2 * 2); at < text.size() / 2 * 2;) {
+    const std::size_t behind = at / 2 * 2 + 2;
+    if (isWideLineFeed(text, behind - 2)) return behind;
+    at = text.find('\n', behind);
   }
   return 0;
 }
