@@ -7,7 +7,6 @@ Usage: command_test.py BINARY SOURCE_FOLDER BUILD_FOLDER [unittest arguments]
 import contextlib
 import os
 import pty
-import random
 import re
 import resource
 import signal
@@ -132,7 +131,6 @@ class Faults(Test):
         for option in ["--fail-on-loss", "--strict"]:
             self.assertEqual(big5("-i", option, "in")[0], 1)
             self.assertEqual(read("in"), LOSSY)
-        write("links/soft.bak", b"older")
         # Converting once more what is in GBK already would destroy it.
         self.assertEqual(big5("-i.bak", "links/soft", "./in")[0], 3)
         self.assertEqual((read("in"), read("links/soft.bak")), (CLEAN, LOSSY))
@@ -140,9 +138,11 @@ class Faults(Test):
         big5("-o", "new", "in", umask=0o027)
         for name in ["in", "new"]:
             self.assertEqual(os.stat(name).st_mode & 0o7777, 0o640)
-        # Also when the backup is a name of the same file already.
+        # The backup is a name of the same file already, then an older one.
         os.link("in", "in~")
-        self.assertEqual((big5("-i~", "in")[0], read("in~")), (0, CLEAN))
+        for old in [b"1\n", b"2\n"]:
+            write("in", old)
+            self.assertEqual((big5("-i~", "in")[0], read("in~")), (0, old))
         self.assertOnlyFiles("in", "in~", "links", "new")
         self.assertEqual(sorted(os.listdir("links")), ["soft", "soft.bak"])
 
@@ -299,9 +299,7 @@ class Account(Test):
         self.assertGreater(len(options), 20)
         for option in options:
             self.assertRegex(read(MANUAL).decode(), rf"(?m)^\.It .*Fl Fl {option}\b")
-        lint = subprocess.run(["mandoc", "-Tlint", MANUAL], capture_output=True).stdout.decode()
-        # Whether the manuals that it refers to are installed is not its matter.
-        self.assertNotRegex(lint, "(?m)^(?!.*referenced manual).+")
+        subprocess.run(["mandoc", "-Tlint", "-Wwarning", MANUAL], check=True)
 
     def test_completion(self):
         scripts = os.path.join(BUILD, "cli", "completions")
@@ -316,12 +314,10 @@ class Account(Test):
 class Parallel(Test):
     def test_parts_are_the_whole(self):
         text = "".join(f"{i} 第{i}行，體育新聞<b>Ａ</b> &lt; 😀\n" for i in range(2000))
-        noise = bytes(random.Random(1).choices(
-            b"\n\n a<\x80\xff\xe4\xb8\xad\xc5\xe9\xa1\x81\xf0~{}", k=100000))
-        codecs = [("big5", "big5"), ("gbk", "gb18030"), ("utf-8", "utf-8"), ("hz", "hz"),
-                  ("ucs-2le", "utf-16-le")]
-        cases = [(source, text.encode(codec, "replace")) for source, codec in codecs]
-        for source, data in cases + [(source, noise) for source, _ in codecs[:4]]:
+        codecs = {"big5": "big5", "gbk": "gb18030", "utf-8": "utf-8", "hz": "hz",
+                  "ucs-2le": "utf-16-le"}
+        for source, codec in codecs.items():
+            data = text.encode(codec, "replace")
             for more in [[], ["-EPC", "-t", "big5", "--truncate=30"]]:
                 words = ["-q", "-f", source, *more]
                 ends = ["--recend", r"\n\0"] if source == "ucs-2le" else []

@@ -17,7 +17,7 @@ namespace {
 const std::string kAscii = "61,5A,3C,20,09,0A,0D 0A,0D,2E,30,26,26 61 6D 70,6C 74 3B,26 23 36 35,";
 const std::string kPairs = kAscii +
                            "A1 40,A1 A1,B0 A1,F3 77,C5 E9,A3 C1,A1 B9,FE FE,AA A1,81 30,"
-                           "84 31 95 30,81,80,FF,FE,7F,A2 E3";
+                           "84 31 95 30,81 40,81,80,FF,FE,7F,A2 E3";
 const std::string kUnits =
     "61 00,5A 00,3C 00,20 00,0A 00,0D 00,26 00,2D 4E,D4 9A,FF FE,3D D8,00 DE,E9 00,21 FF,00 30,"
     "3D D8 00 DE,05 0A,0A 01";
@@ -28,7 +28,8 @@ const struct Encoding {
     {"big5", "b52sgbk", kPairs},
     {"gbk", "t2sgbk", kPairs},
     {"utf-8", "utf82sgbk",
-     kAscii + "E9 AB 94,E4 B8 AD,C3 A9,C2 B7,EF BB BF,ED A0 80,ED B0 80,E4,B8,80,C3,C0 8A,E0 81 81,"
+     kAscii + "E9 AB 94,E4 B8 AD,C3 A9,C2 B7,EF BB BF,ED A0 80,ED A0 80 ED B0 80,E4,B8,80,C3,C0 "
+              "8A,E0 81 81,"
               "EF BC A1,F0 9F,FF,F4 90 80 80"},
     {"hz", "hz2sgbk",
      kAscii + "7E 7B,7E 7D,7E 7E,7E 0A,7E,7E 7B 3C 56 7E 7D,7E 7B 2A 21 7E 7D,3C 56,21 21,7E 78,"
@@ -79,8 +80,9 @@ TEST(Pipeline, TextIsTheLibrarys) {
     const std::string written = convert(line, options).text;
     EXPECT_EQ(convert(written, "-f gbk").losses, "");
     // Codes that are no characters are blanks where lines are kept.
-    EXPECT_EQ(byLibrary("t2sgbk", written),
-              byLibrary("t2sgbk", convert(byLibraryAlone(line), "-f gbk").text));
+    const std::string expected = byLibraryAlone(line);
+    if (expected.find('\0') != expected.npos) return;
+    EXPECT_EQ(byLibrary("t2sgbk", written), byLibrary("t2sgbk", convert(expected, "-f gbk").text));
   });
 }
 
