@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 #include "support/hex.h"
 #include "support/operations.h"
@@ -55,6 +57,31 @@ TEST_P(Agreement, OnEveryPairOfBytes) {
     for (int code = 0; code < 65536; ++code) {
       const std::string pair = {static_cast<char>(code & 0xFF), static_cast<char>(code >> 8)};
       agreeWithRoom(before + pair + behind);
+    }
+  }
+}
+
+// All places of a block alike.
+TEST_P(Agreement, OnARunOfEveryPairOfBytes) {
+  for (int code = 0; code < 65536; ++code) {
+    const std::string pair = {static_cast<char>(code & 0xFF), static_cast<char>(code >> 8)};
+    std::string run = pair;
+    for (int i = 0; i < 10; ++i) run += pair;
+    agreeWithRoom(run);
+  }
+}
+
+// Big5 and UTF-8, byte by byte and with a NUL behind every byte, from eight places on.
+TEST_P(Agreement, OnRealText) {
+  for (const char* const name : {"/examples/page.big5.html", "/data/README.md"}) {
+    std::ifstream file(std::string(SGBK_FOLDER) + name, std::ios::binary);
+    const std::string text(std::istreambuf_iterator<char>(file), {});
+    ASSERT_GT(text.size(), 2000u);
+    std::string units;
+    for (const char c : text) units += {c, '\0'};
+    for (std::size_t at = 0; at < 8; ++at) {
+      agreeWithRoom(text.substr(at));
+      agreeWithRoom(units.substr(at));
     }
   }
 }

@@ -16,7 +16,7 @@ namespace {
 std::vector<std::vector<std::string>> rowsBelow(const std::string& header) {
   EncodingConvertor::initializeInstance(nullptr);
   std::vector<std::vector<std::string>> rows;
-  for (const auto& page : std::filesystem::directory_iterator(SGBK_DOCS)) {
+  for (const auto& page : std::filesystem::directory_iterator(SGBK_FOLDER "/docs")) {
     std::ifstream in(page.path());
     bool inTable = false;
     for (std::string line; std::getline(in >> std::ws, line);) {
