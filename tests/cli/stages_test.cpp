@@ -117,6 +117,12 @@ TEST(Losses, TellingCases) {
     EXPECT_EQ(cli::inHex(result.text), cli::inHex(row.out)) << cli::inHex(row.text);
     EXPECT_EQ(result.losses, row.losses) << cli::inHex(row.text);
   }
+  // A surrogate pair is one loss wherever it stands in a long text.
+  for (std::string text : {""s, "a\0"s}) {
+    for (int i = 0; i < 3000; ++i) text += "\x3D\xD8\x00\xDE"s;
+    const std::string account = convert(text, "-f ucs-2le").summary;
+    EXPECT_NE(account.find("(3000 undefined, 0 malformed)"), account.npos) << account;
+  }
   const std::string summary = convert("\x81\x40\n\x80\n", "-f gbk -t big5").summary;
   EXPECT_TRUE(summary.ends_with("first: line 1, byte 0: 81 40")) << summary;
 }
