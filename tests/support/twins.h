@@ -46,7 +46,7 @@ Outcome twinArray(const std::string& src, Destination to, Array kind, bool ifcas
 enum class Fold { counted, terminated, big5, page };
 Outcome twinFold(const std::string& src, Destination to, Fold kind, bool ifcase);
 
-// `src` with its terminating 0 unit, as both forms of trimgPunc take it.
+// `src` with its last unit: a 0, or any unit where `counted`.
 Outcome twinTrim(const std::string& src, Destination to, bool counted);
 // The same, lowered in the destination.
 Outcome twinLowered(const std::string& src, Destination to);
