@@ -12,44 +12,44 @@ namespace sgbk {
 // Text of a known length. A NUL is a character of it.
 class CountedInput {
  public:
-  CountedInput(const char* src, std::size_t srclen) : p(bytesOf(src)), end_(p + srclen) {}
-  bool atEnd() const { return p == end_; }
+  CountedInput(const char* src, std::size_t srclen) : psrc(bytesOf(src)), psrcend(psrc + srclen) {}
+  bool atEnd() const { return psrc == psrcend; }
   bool hasPair() const { return reach() >= 2; }
 
   // The bytes in which the end need not be looked for, and what tells a trail byte among them.
   static constexpr bool mayReadAhead = true;
-  std::ptrdiff_t reach() const { return end_ - p; }
+  std::ptrdiff_t reach() const { return psrcend - psrc; }
   static bool isTrail(Byte) { return true; }
 
-  const Byte* p;
+  const Byte* psrc;
 
  private:
-  const Byte* const end_;
+  const Byte* const psrcend;
 };
 
 // Text ended by a NUL, which is no trail byte either.
 class TerminatedInput {
  public:
-  explicit TerminatedInput(const char* src) : p(bytesOf(src)) {}
-  bool atEnd() const { return *p == 0; }
-  bool hasPair() const { return isTrail(p[1]); }
+  explicit TerminatedInput(const char* src) : psrc(bytesOf(src)) {}
+  bool atEnd() const { return *psrc == 0; }
+  bool hasPair() const { return isTrail(psrc[1]); }
 
   // No byte may be read before the one in front of it is known not to be the NUL.
   static constexpr bool mayReadAhead = false;
   static std::ptrdiff_t reach() { return PTRDIFF_MAX; }
   static bool isTrail(Byte b) { return b != 0; }
 
-  const Byte* p;
+  const Byte* psrc;
 };
 
 // Where folded characters go when there is room for what is put.
 struct FoldedOutput {
-  char* next;
+  char* pdest;
   // Bytes in memory order: one, a double-byte character, or a block.
   template <class Bytes>
   void put(Bytes bytes) {
-    std::memcpy(next, &bytes, sizeof bytes);
-    next += sizeof bytes;
+    std::memcpy(pdest, &bytes, sizeof bytes);
+    pdest += sizeof bytes;
   }
 };
 
@@ -67,24 +67,26 @@ constexpr Byte loweredAscii(Byte b) {
 template <SpaceTab spaceTab, Yen yen, class Input, class Unfolded>
 [[gnu::always_inline]] inline void foldNext(Input& in, FoldedOutput& out, bool ifcase,
                                             Unfolded unfolded) {
-  const Byte b = *in.p;
+  const Byte b = *in.psrc;
   if (isAscii(b)) {
     if (spaceTab == SpaceTab::merged && b == leadOf(TAB_CONVERSION_CHAR) && in.hasPair() &&
-        loadUnit(in.p) == TAB_CONVERSION_CHAR) {
-      in.p += 2;
+        loadUnit(in.psrc) == TAB_CONVERSION_CHAR) {
+      in.psrc += 2;
       return out.put(Byte{'\t'});
     }
-    in.p += 1;
+    in.psrc += 1;
     return out.put(ifcase ? loweredAscii(b) : b);
   }
   if (b == 0x80 || !in.hasPair()) {  // a lead byte alone at the end is no character
-    in.p += 1;
+    in.psrc += 1;
     return;
   }
-  const gchar_t pair = loadUnit(in.p);
-  in.p += 2;
+  const gchar_t pair = loadUnit(in.psrc);
+  in.psrc += 2;
   if (isIdeographLead(b)) return out.put(unfolded(pair, pair));
-  const gchar_t folded = ifcase ? toLowerCase(pair) : pair;
+  // Case folding never changes the lead byte.
+  const Byte nextch = trailOf(ifcase ? toLowerCase(pair) : pair);
+  const gchar_t folded = unitOf(b, nextch);
   if (const Byte ascii = halfWidth(folded, yen)) return out.put(ascii);
   if (isgcharspace(pair)) return out.put(Byte{' '});
   out.put(unfolded(pair, folded));

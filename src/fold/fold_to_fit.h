@@ -24,24 +24,24 @@ int foldToFit(Input in, char* dest, int destlen, Byte lowestTrail, TakeRun takeR
               TakeNext takeNext) {
   if (destlen <= 0) return 0;
   FoldedOutput out{dest};
-  char* const last = dest + destlen - 1;  // the NUL stands here at the latest
+  char* const destend = dest + destlen - 1;  // the NUL stands here at the latest
   while (!in.atEnd()) {
-    const std::ptrdiff_t free = last - out.next;
+    const std::ptrdiff_t free = destend - out.pdest;
     if (free >= 2 && takeRun(in, out, free)) continue;
     char aside[2];
-    FoldedOutput folded{free >= 2 ? out.next : aside};
+    FoldedOutput folded{free >= 2 ? out.pdest : aside};
     takeNext(in, folded);
     if (free < 2) {
-      const bool fits = room == Room::forThisCharacter && free == 1 && folded.next - aside <= 1;
+      const bool fits = room == Room::forThisCharacter && free == 1 && folded.pdest - aside <= 1;
       if (!fits) {
-        return endWithEllipsis(dest, static_cast<int>(out.next - dest), destlen, lowestTrail);
+        return endWithEllipsis(dest, static_cast<int>(out.pdest - dest), destlen, lowestTrail);
       }
-      folded.next = std::copy(aside, folded.next, out.next);
+      folded.pdest = std::copy(aside, folded.pdest, out.pdest);
     }
     out = folded;
   }
-  *out.next = '\0';
-  return static_cast<int>(out.next - dest);
+  *out.pdest = '\0';
+  return static_cast<int>(out.pdest - dest);
 }
 
 }  // namespace sgbk

@@ -13,6 +13,6 @@ int EncodingConvertor::gchar2big5(const char* src, char* dest, int destlen, bool
       [=](TerminatedInput& in, FoldedOutput& out) {
         // Other alphabets keep their case: the table is asked for the pair as read.
         foldNext<SpaceTab::merged, Yen::dollar>(
-            in, out, ifcase, [table](gchar_t pair, gchar_t) { return table[pair]; });
+            in, out, ifcase, [table](gchar_t pindex, gchar_t) { return table[pindex]; });
       });
 }

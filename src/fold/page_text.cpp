@@ -26,30 +26,28 @@ int decodelibpage(const char* src, size_t srclen, char* dest, size_t destsize, b
   constexpr std::size_t kReserved = 2;
   if (destsize <= kReserved) return -1;
   // The result counts the bytes in an int.
-  const std::size_t limit = std::min(destsize - kReserved, std::size_t{INT_MAX});
+  char* const destend = dest + std::min(destsize - kReserved, std::size_t{INT_MAX});
   CountedInput in(src, srclen);
-  std::size_t length = 0;
-  while (!in.atEnd() && length < limit) {
+  FoldedOutput out{dest};
+  while (!in.atEnd() && out.pdest < destend) {
     if (in.hasPair()) {
-      const gchar_t pair = loadUnit(in.p);
+      const gchar_t pair = loadUnit(in.psrc);
       if (pair == DESCRIPTION_CONTENT_SEPARATOR) {
-        in.p += 2;
+        in.psrc += 2;
         continue;
       }
       if (const auto reference = referenceFor(pair); !reference.empty()) {
-        if (reference.size() > limit - length) return -1;
-        length += reference.copy(dest + length, reference.size());
-        in.p += 2;
+        if (reference.size() > static_cast<std::size_t>(destend - out.pdest)) return -1;
+        out.pdest += reference.copy(out.pdest, reference.size());
+        in.psrc += 2;
         continue;
       }
     }
     // A double-byte character may fill the first reserved byte; the text is too long then.
-    FoldedOutput out{dest + length};
     foldNext<SpaceTab::kept, Yen::kept>(in, out, ifcase,
                                         [](gchar_t, gchar_t lowered) { return lowered; });
-    length = static_cast<std::size_t>(out.next - dest);
   }
-  if (length >= limit) return -1;
-  dest[length] = '\0';
-  return static_cast<int>(length);
+  if (out.pdest >= destend) return -1;
+  *out.pdest = '\0';
+  return static_cast<int>(out.pdest - dest);
 }

@@ -50,8 +50,8 @@ class FoldedPairs {
 
   // Puts one of them. May leave a byte behind it.
   void put(int i, FoldedOutput& out) const {
-    storeUnit(out.next, units_[i]);
-    out.next += 1 + (unfolded_ >> 2 * i & 1);
+    storeUnit(out.pdest, units_[i]);
+    out.pdest += 1 + (unfolded_ >> 2 * i & 1);
   }
 
  private:
@@ -65,42 +65,43 @@ class FoldedPairs {
 template <class Input>
 [[gnu::always_inline]] inline bool takePlainRun(Input& in, FoldedOutput& out, std::ptrdiff_t room,
                                                 bool ifcase) {
-  const Byte* p = in.p;
-  if (isAscii(*p)) {
+  const Byte* psrc = in.psrc;
+  if (isAscii(*psrc)) {
     // One byte less, since a TAB behind a space would merge with it.
     auto left = std::min(room, in.reach() - 1);
     for (; in.mayReadAhead && left >= kBlockBytes; left -= kBlockBytes) {
-      const Block block = loadBlock(p);
-      const Block behind = loadBlock(p + 1) & ~inEveryByte(0x80);
+      const Block block = loadBlock(psrc);
+      const Block behind = loadBlock(psrc + 1) & ~inEveryByte(0x80);
       if (!isAllAscii(block) || bytesWithin(behind, '\t', '\t') != 0) break;
       out.put(ifcase ? lowered(block) : block);
-      p += kBlockBytes;
+      psrc += kBlockBytes;
     }
-    for (; left > 0 && isAscii(*p) && in.isTrail(*p); --left) {
-      if (p[1] == '\t' && p[0] == ' ') break;
-      out.put(ifcase ? loweredAscii(*p) : *p);
-      ++p;
+    for (; left > 0 && isAscii(*psrc) && in.isTrail(*psrc); --left) {
+      if (psrc[1] == '\t' && psrc[0] == ' ') break;
+      out.put(ifcase ? loweredAscii(*psrc) : *psrc);
+      ++psrc;
     }
   } else if (in.mayReadAhead) {
     // Whatever comes next finds room for two bytes more and covers the one that may be left behind.
     for (auto left = std::min(room - 2, in.reach()); left >= 2 * kBlockUnits;
          left -= 2 * kBlockUnits) {
-      const FoldedPairs pairs(loadUnits(p), ifcase);
+      const FoldedPairs pairs(loadUnits(psrc), ifcase);
       if (pairs.count() != kBlockUnits) {
         for (int i = 0; i < pairs.count(); ++i) pairs.put(i, out);
-        p += 2 * pairs.count();
+        psrc += 2 * pairs.count();
         break;
       }
       unrolled<kBlockUnits>([&](int i) { pairs.put(i, out); });
-      p += 2 * kBlockUnits;
+      psrc += 2 * kBlockUnits;
     }
   } else {
-    for (auto pairs = room / 2; pairs > 0 && isIdeographLead(*p) && in.isTrail(p[1]); --pairs) {
-      out.put(loadUnit(p));
-      p += 2;
+    for (auto pairs = room / 2; pairs > 0 && isIdeographLead(*psrc) && in.isTrail(psrc[1]);
+         --pairs) {
+      out.put(loadUnit(psrc));
+      psrc += 2;
     }
   }
-  return p != std::exchange(in.p, p);
+  return psrc != std::exchange(in.psrc, psrc);
 }
 
 }  // namespace sgbk

@@ -50,7 +50,7 @@ class Utf8Decoder {
       const sgbk::Block block = sgbk::loadBlock(in);
       if (sgbk::isAllAscii(block) && steps >= 8 && !isContinuation(in[8])) {
         sgbk::unrolled<8>([&](int i) { out.write(table_[in[i]]); });
-        hadAscii_ = true;
+        ifCurrentASCII = true;
         in += 8;
         steps -= 8;
       } else if (isTwoGroups(block)) {
@@ -65,7 +65,7 @@ class Utf8Decoder {
         steps -= 1;
       } else if (sgbk::isAscii(in[0]) && !isContinuation(in[1])) {
         out.write(table_[in[0]]);
-        hadAscii_ = true;
+        ifCurrentASCII = true;
         in += 1;
         steps -= 1;
       } else {
@@ -105,7 +105,7 @@ class Utf8Decoder {
   }
 
   bool takeSingleByte() {
-    if (sgbk::isAscii(*in_)) hadAscii_ = true;
+    if (sgbk::isAscii(*in_)) ifCurrentASCII = true;
     // A lead byte that lost its top bit arrives as ASCII followed by two continuation bytes. It is
     // decoded as if intact, since ASCII never has continuation bytes after it.
     if (left() >= 3 && isContinuation(in_[1]) && isContinuation(in_[2])) {
@@ -113,7 +113,7 @@ class Utf8Decoder {
       return true;
     }
     // Text that has had ASCII is taken for Latin-1 where it is no UTF-8.
-    if (hadAscii_) out_.write(table_[*in_]);
+    if (ifCurrentASCII) out_.write(table_[*in_]);
     in_ += 1;
     return true;
   }
@@ -136,7 +136,7 @@ class Utf8Decoder {
   const Byte* in_;
   const Byte* const end_;
   sgbk::UnitOutput out_;
-  bool hadAscii_ = false;
+  bool ifCurrentASCII = false;
 };
 
 }  // namespace

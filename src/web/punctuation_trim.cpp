@@ -46,8 +46,8 @@ gchar_t* copyMarks(const gchar_t* run, const gchar_t* end, gchar_t* out) {
 // The pass over a source whose end `atEnd` tells; a 0 unit before the end is dropped. Being of the
 // ordinary kind, it ends the runs on either side of it.
 template <class AtEnd>
-size_t trim(const gchar_t* in, gchar_t* const dest, AtEnd atEnd) {
-  gchar_t* out = dest;
+size_t trim(const gchar_t* in, gchar_t* const dest0, AtEnd atEnd) {
+  gchar_t* out = dest0;
   while (!atEnd(in) && (*in == 0 || isPassedOver(kindOf(*in)))) ++in;
   // The first character stays whatever it is, so a text never loses its leading mark.
   if (!atEnd(in)) *out++ = *in++;
@@ -85,9 +85,9 @@ size_t trim(const gchar_t* in, gchar_t* const dest, AtEnd atEnd) {
       *out++ = ifnewline ? RETURN_CONVERSION_CHAR : CHINESE_SPACE_CHAR;
     }
   }
-  while (out != dest && isgcharspace(out[-1])) --out;
+  while (out != dest0 && isgcharspace(out[-1])) --out;
   *out++ = 0;
-  return static_cast<size_t>(out - dest);
+  return static_cast<size_t>(out - dest0);
 }
 
 }  // namespace
