@@ -1,12 +1,11 @@
 #!/usr/bin/env python3
 """Times the command beside iconv, uconv and opencc; prints the figures of docs/coming-from-iconv.md.
 
-Usage: compare_commands.py SGBK [MEGABYTES]        (200 megabytes an input by default)
+Usage: compare_commands.py SGBK TEXTS [MEGABYTES]        (200 megabytes an input by default)
+TEXTS is the folder that make_texts.py wrote.
 """
 
-import glob
 import os
-import re
 import subprocess
 import sys
 import tempfile
@@ -29,12 +28,6 @@ def measured(command):
     return min(seconds for seconds, _ in rounds), max(memory for _, memory in rounds)
 
 
-def prose_of(page):
-    """The lines that are not mostly names of programs, without tags: a third of it is ASCII."""
-    lines = re.sub(r"<[^>]*>", "", page).splitlines()
-    return "\n".join(line.strip() for line in lines if len(re.findall("[一-鿿]", line)) >= 15) + "\n"
-
-
 def write(path, text, encoding, size):
     data = text.encode(encoding, "ignore")
     with open(path, "wb") as file:
@@ -43,12 +36,10 @@ def write(path, text, encoding, size):
     return path
 
 
-def main(sgbk, megabytes="200"):
+def main(sgbk, texts, megabytes="200"):
     size = int(megabytes) * 1000000
-    pages = {script: "".join(open(path, encoding="utf-8").read() for path in
-                             sorted(glob.glob(f"/usr/share/debian-reference/*.{script}.html")))
-             for script in ("zh-tw", "zh-cn")}
-    prose = {script: prose_of(text) for script, text in pages.items()}
+    text = {name: open(os.path.join(texts, name), encoding="utf-8").read()
+            for name in ("pages.zh-tw", "prose.zh-tw", "prose.zh-cn")}
     print("| input | `sgbk` | `iconv -c` | `uconv --callback skip` |\n|---|---|---|---|")
     most = {}
     with tempfile.TemporaryDirectory() as folder:
@@ -56,8 +47,8 @@ def main(sgbk, megabytes="200"):
         for encoding, kind in [("Big5", "pages"), ("Big5", "prose"), ("UTF-8", "pages"),
                                ("UTF-8", "prose"), ("GBK", "prose"), ("UTF-16LE", "prose")]:
             python, iconv, uconv = ENCODINGS[encoding]
-            text = (pages if kind == "pages" else prose)["zh-cn" if encoding == "GBK" else "zh-tw"]
-            write(path, text, python, size)
+            script = "zh-cn" if encoding == "GBK" else "zh-tw"
+            write(path, text[f"{kind}.{script}"], python, size)
             commands = [[sgbk, "-q", "-f", python, path],
                         ["iconv", "-c", "-f", iconv, "-t", "GBK", path],
                         uconv and ["uconv", "--callback", "skip", "-f", uconv, "-t", "gbk", path]]
@@ -68,7 +59,7 @@ def main(sgbk, megabytes="200"):
                 most[command[0]] = max(most.get(command[0], 0), memory)
             print(f"| {encoding} {kind} |", " | ".join(cells + [""] * (3 - len(cells))), "|", flush=True)
         print("| resident memory |", " | ".join(f"{m:.1f} MB" for m in most.values()), "|\n")
-        write(path, prose["zh-tw"], "utf-8", size // 50)
+        write(path, text["prose.zh-tw"], "utf-8", size // 50)
         for command in [["uconv", "-x", "Traditional-Simplified"], ["opencc", "-c", "tw2s", "-i"]]:
             seconds, _ = measured([*command, path])
             print(f"`{' '.join(command[:3])}`: {seconds:.1f} s for {size / 50e6:.1f} MB of prose")

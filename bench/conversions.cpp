@@ -163,6 +163,28 @@ Text widened(const Text& gbk) {
   return {wide, gbk.characters};
 }
 
+// The text as so many short ones, as titles and queries are.
+void addTitles(Kind kind, const Text& gbk) {
+  constexpr std::size_t kSize = 40;
+  const auto list = pieces(gbk.bytes, kSize, lengthsOfPairs(gbk.bytes));
+  const auto each = [list](auto convert) {
+    return [list, convert](Bytes, Out out) {
+      std::size_t written = 0;
+      for (const std::string& title : list) {
+        written += static_cast<std::size_t>(convert(title, out));
+      }
+      return written;
+    };
+  };
+  using Peer = std::function<std::size_t(Bytes, Out)>;
+  Group("t2sgchar, 40 bytes", kind, gbk)
+      .sgbk(each(array(&EncodingConvertor::t2sgchar, false)))
+      .peer(
+          "iconv GBK to UTF-16LE",
+          std::make_shared<Peer>(each([tool = std::make_shared<IconvConverter>("GBK", "UTF-16LE")](
+                                          Bytes in, Out out) { return (*tool)(in, out); })));
+}
+
 Units pairCodes(Bytes text) {
   Units codes;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -221,6 +243,7 @@ void addConversions(Kind kind, std::size_t limit) {
         .sgbk(array(&E::t2sgchar, ifcase))
         .iconv("GBK", "UTF-16LE");
   }
+  addTitles(kind, gbk);
   Group("dbc2gchar", kind, gbk).sgbk(array(&E::dbc2gchar, false)).iconv("GBK", "UTF-16LE");
   Group("hz2sgbk", kind, hz).sgbk(stream(&E::hz2sgbk)).icu("HZ", "GBK").memcpyOfBoth();
   Group("hzgb2gbk", kind, hz).sgbk(stream(&E::hzgb2gbk)).icu("HZ", "GBK");
@@ -255,6 +278,15 @@ void addConversions(Kind kind, std::size_t limit) {
                          reinterpret_cast<gchar_t*>(out.data()));
       })
       .iconv("GBK", "UTF-16LE", gbk);
+  // What a caller does with the text of a page.
+  Group("t2sgchar, trimgPunc", kind, gbk)
+      .sgbk([between = std::make_shared<Units>(array.size())](Bytes in, Out out) {
+        const int units = converter().t2sgchar(in.c_str(), between->data(),
+                                               static_cast<int>(between->size()), true);
+        return trimgPunc(between->data(), static_cast<std::size_t>(units) + 1,
+                         reinterpret_cast<gchar_t*>(out.data()));
+      })
+      .iconv("GBK", "UTF-16LE");
 }
 
 }  // namespace sgbk_bench
