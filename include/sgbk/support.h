@@ -21,16 +21,16 @@ typedef unsigned short gchar_t;
 // Reserved public value; nothing in the library writes or tests it.
 constexpr gchar_t DEFAULT_ANSI_CONVERSION_CHAR = 0xFFFF;  // FF FF
 // The line end of double-byte text: LF and CR become it. A code of the user-defined area, so it
-// counts as blank, and converting it once more gives CHINESE_SPACE_CHAR.
+// counts as a blank, and converting the text again turns it into CHINESE_SPACE_CHAR.
 constexpr gchar_t RETURN_CONVERSION_CHAR = 0xA3FD;  // FD A3
-// Two more cells that have been used for a space. Never written here; both count as blank.
+// Two more codes that have been used for a space. The library never writes them; both are blanks.
 constexpr gchar_t SPACE_CONVERSION_CHAR = 0xA0A1;  // A1 A0
 constexpr gchar_t CHINESE_SPACE_CHAR2 = 0xA0A3;    // A3 A0
-// The ideographic space, U+3000: blanks, control bytes and undefined codes become it.
+// The ideographic space, U+3000: spaces, TABs, most control bytes and undefined codes become it.
 constexpr gchar_t CHINESE_SPACE_CHAR = 0xA1A1;  // A1 A1
 // The full-width full stop.
 constexpr gchar_t DOT_CONVERSION_CHAR = 0xAEA3;  // A3 AE
-// The byte pair space, TAB: sbc2dbc and gchar2big5 replace it by one TAB byte.
+// The byte pair space, TAB: sbc2dbc and gchar2big5 replace it with one TAB byte.
 constexpr gchar_t TAB_CONVERSION_CHAR = 0x0920;  // 20 09
 
 // ---------------------------------------------------------------------------------------------
@@ -93,15 +93,16 @@ constexpr bool isUndefinedSymbol(unsigned lead, unsigned trail) {
 }  // namespace sgbk_detail
 
 // True for the user-defined areas (AA A1..AF FE, F8 A1..FE FE, A1 40..A7 A0 without trail 7F) and
-// for the unassigned cells of rows A2 to A9. A trail byte FF never makes a code undefined.
+// for the unassigned cells of rows A2 to A9. A trail byte FF never makes a code undefined, and a
+// pair that is not GBK at all (trail byte below 40, 7F or FF) is not one of these either.
 constexpr bool isGBKUndefinedChar(unsigned short wc) {
   return sgbk_detail::hasNoUndefinedCodes(wc & 0xFFu)
              ? false
              : sgbk_detail::isUndefinedSymbol(wc & 0xFFu, wc >> 8u);
 }
 
-// True for CHINESE_SPACE_CHAR and every undefined code, RETURN_CONVERSION_CHAR among them.
-// The ASCII space held in a unit (0x0020) is not blank.
+// True for blanks: CHINESE_SPACE_CHAR and every undefined code, RETURN_CONVERSION_CHAR among them.
+// The ASCII space held in a unit (0x0020) is not a blank.
 constexpr bool isgcharspace(gchar_t gch) {
   return gch == CHINESE_SPACE_CHAR || isGBKUndefinedChar(gch);
 }
@@ -148,18 +149,25 @@ constexpr bool isGraphChar(UINT16 wc) {
 // ---------------------------------------------------------------------------------------------
 // Punctuation trimming of gchar_t text.
 
-// Cleans text for indexing: drops shapes everywhere, blanks at both ends; turns every inner run of
-// blanks into one CHINESE_SPACE_CHAR, or one RETURN_CONVERSION_CHAR if the run held a line end;
-// keeps runs of up to eight punctuation marks and shrinks longer ones to their first mark, or to
-// nothing behind a blank. Everything else is copied.
+// Cleans text for indexing. Units are told apart in this order: blanks (isgcharspace), shapes
+// (isShapeChar), punctuation (everything else in isGraphChar, kana and Greek too), the rest.
+// - Blanks and shapes at the start and blanks at the end are dropped; the first unit after them is
+//   copied, whatever it is.
+// - After that, shapes are dropped. A run of blanks, with any shapes in it, becomes one
+//   CHINESE_SPACE_CHAR, or one RETURN_CONVERSION_CHAR if there is a line end in it.
+// - A run of punctuation goes on over blanks, but not over shapes or line ends. Up to eight units
+//   are copied, with one CHINESE_SPACE_CHAR for each run of blanks among them; nine or more become
+//   the first one, or nothing after a blank. Blanks that end such a run are not joined with a line
+//   end, or with blanks beyond a shape, that follows it.
+// - Everything else is copied.
 // src      units, ended by a 0 unit
 // dest     must hold as many units as src, terminator included; may not overlap src
 // Returns  the number of units written, the terminating 0 included: at least 1
 SGBK_API size_t trimgPunc(const gchar_t* src, gchar_t* dest);
 
-// The same for counted text. Zero units before the last one are dropped; they separate runs.
-// srclen   units of src, the terminating 0 at src[srclen - 1] included. A last unit that is not 0
-//          is not looked at and ends the text all the same; srclen 0 reads nothing
+// The same for counted text. 0 units before the last one are dropped; a run ends there.
+// srclen   units of src, the terminating 0 at src[srclen - 1] included. The last unit ends the text
+//          even if it is not 0; srclen 0 reads nothing
 // dest     must hold srclen units (1 for srclen 0); always terminated
 // Returns  as above
 SGBK_API size_t trimgPunc(const gchar_t* src, size_t srclen, gchar_t* dest);
@@ -172,19 +180,19 @@ SGBK_API size_t trimgPunc(const gchar_t* src, size_t srclen, gchar_t* dest);
 SGBK_API UINT16 decodeCharEntity(const char* reference);
 
 // The code point of the entity whose name `reference` (NUL-terminated) begins with, among those
-// accepted without a closing semicolon; 0xFFFE when there is none.
+// accepted without a closing semicolon, whatever follows it; 0xFFFE when there is none.
 // len      receives the length of the matched name in bytes, 0 when none matched
 SGBK_API UINT16 decodeIrregularCharEntity(const char* reference, size_t& len);
 
 // Writes the ASCII replacement of the entity called exactly `pescstr` (NUL-terminated), or the
-// first byte of `pescstr` when it has none.
+// first byte of `pescstr`, be it the NUL, when there is none.
 // pdesc    at least 4 bytes; always terminated
 // Returns  the bytes written before the NUL: 1 to 3
 SGBK_API int deEscHtml(const char* pescstr, char* pdesc);
 
 // Writes the ASCII replacement of the entity whose name `pescstr` (NUL-terminated) begins with.
 // pdesc    at least 4 bytes; terminated on a match, otherwise untouched
-// pscan    moved forward by the length of the matched name; a ";" behind it is the caller's
+// pscan    moved forward by the length of the matched name; a ";" after it is the caller's
 // Returns  the bytes written before the NUL, 1 to 3; 0 without a match or for a null pescstr
 SGBK_API int deEscHtml(const char* pescstr, char* pdesc, const char*& pscan);
 
