@@ -4,6 +4,8 @@
 #include <sha256.h>
 #include <sys/types.h>
 
+#include <cstdint>
+
 namespace cli {
 namespace {
 
