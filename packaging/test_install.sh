@@ -1,10 +1,11 @@
 #!/bin/sh
 # Installs a build tree into a prefix of its own, moves the prefix, and builds and runs the consumer
 # against it by CMake and by pkg-config, shared and static.
-# usage: test_install.sh BUILD_DIR CMAKE CXX
+# usage: test_install.sh BUILD_DIR CMAKE CXX COMPONENT...
 set -eu
 
 build=$1 cmake=$2 cxx=$3
+shift 3
 consumer=$(cd "$(dirname "$0")/consumer" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -48,6 +49,17 @@ done >"$work/other/tables.c"
 "${CC:-cc}" -shared -fPIC -Wl,-soname,libsgbk-tables.so.1 "$work/other/tables.c" \
   -o "$work/other/libsgbk-tables.so.1"
 ! LD_LIBRARY_PATH="$work/other" "$work/by-cmake/consumer" || fail "the other tables were not used"
+
+# The documents of a package lead only to files of that package.
+for component; do
+  "$cmake" --install "$build" --component "$component" --prefix "$work/$component" >"$work/install.log"
+  find "$work/$component" -name '*.md' | while read -r page; do
+    grep -oP '\]\(\K[^):#]+(?=[#)])' "$page" | while read -r link; do
+      [ -e "$(dirname "$page")/$link" ] || echo "$page: $link"
+    done
+  done
+done >"$work/dead-links"
+! grep . "$work/dead-links" || fail "the documents above link to what is not installed"
 
 if [ -x "$prefix/bin/sgbk" ]; then
   "$prefix/bin/sgbk" --version >/dev/null || fail "the installed command does not start"
