@@ -25,8 +25,8 @@ constexpr Block lowered(Block ascii) { return ascii + (bytesWithin(ascii, 'A', '
 class FoldedPairs {
  public:
   FoldedPairs(Units pairs, bool ifcase) {
-    const Units leads = _mm_and_si128(pairs, everyUnit(0xFF));
-    const Units trails = _mm_srli_epi16(pairs, 8);
+    const Units leads = pairs & everyUnit(0xFF);
+    const Units trails = pairs >> 8;
     const Units isA3 = unitsEqualTo(leads, 0xA3);
     const Units printable = isA3 & unitsWithin(trails, 0xA1, 0xFD) & ~unitsEqualTo(trails, 0xA4);
     const Units blank =
@@ -37,13 +37,12 @@ class FoldedPairs {
         (isA3 | unitsEqualTo(leads, 0xA1)) & unitsWithin(trails, 0xA1, 0xFF) & ~other;
     const Units ideograph = unitsWithin(leads, 0x81, 0xA0) | unitsWithin(leads, 0xB0, 0xF7);
     const Units toSmall = ifcase ? unitsWithin(trails, 0xC1, 0xDA) & everyUnit(0x20) : everyUnit(0);
-    const Units ascii = _mm_add_epi16(_mm_sub_epi16(trails, everyUnit(0x80)), toSmall);
+    const Units ascii = trails - everyUnit(0x80) + toSmall;
     const Units folded = printable | blank;
     const Units units = (pairs & ~folded) | (ascii & printable) | (everyUnit(' ') & blank);
     std::memcpy(units_, &units, sizeof units);
-    unfolded_ = ~static_cast<unsigned>(_mm_movemask_epi8(folded));
-    const auto plain = static_cast<unsigned>(_mm_movemask_epi8(symbol | ideograph | blank));
-    count_ = std::countr_one(plain) / 2;
+    unfolded_ = ~lowBytes(folded);
+    count_ = std::countr_one(lowBytes(symbol | ideograph | blank)) / 8;
   }
 
   int count() const { return count_; }
@@ -51,12 +50,12 @@ class FoldedPairs {
   // Puts one of them. May leave a byte behind it.
   void put(int i, FoldedOutput& out) const {
     storeUnit(out.pdest, units_[i]);
-    out.pdest += 1 + (unfolded_ >> 2 * i & 1);
+    out.pdest += 1 + static_cast<std::ptrdiff_t>(unfolded_ >> 8 * i & 1);
   }
 
  private:
   gchar_t units_[kBlockUnits];
-  unsigned unfolded_;
+  Block unfolded_;  // a byte for each
   int count_;
 };
 

@@ -23,9 +23,10 @@ int EncodingConvertor::uc2sgbk(const unsigned short* src, int srclen, char* dest
   while (std::ptrdiff_t steps = std::min(end - in, (outEnd - out) / 2)) {
     while (steps >= sgbk::kBlockUnits) {
       const sgbk::Units codes = sgbk::loadUnits(in);
-      const sgbk::Units ascii = sgbk::asciiUnits(codes);
+      const sgbk::Units ascii = sgbk::unitsWithin(codes, 0, 0x7F);
       if (sgbk::everyBit(ascii)) {
-        sgbk::storeLowBytes(out, codes);
+        const sgbk::Block bytes = sgbk::lowBytes(codes);
+        std::memcpy(out, &bytes, sizeof bytes);
         out += sgbk::kBlockUnits;
         in += sgbk::kBlockUnits;
       } else if (const sgbk::Units units = sgbk::lookUpUnits(table, in);

@@ -17,8 +17,7 @@ inline bool isWritten(unsigned short codePoint, gchar_t entry) {
 }
 
 inline bool areAllWritten(Units codePoints, Units entries) {
-  return !anyBit(
-      _mm_or_si128(unitsEqualTo(codePoints, kByteOrderMark), unitsEqualTo(entries, kUnmapped)));
+  return !anyBit(unitsEqualTo(codePoints, kByteOrderMark) | unitsEqualTo(entries, kUnmapped));
 }
 
 }  // namespace sgbk
