@@ -1,5 +1,42 @@
-# Stops the build when an image differs from what data/images.sha256 says of it.
-#   cmake -DEXPECTED=images.sha256 -DIMAGES=DIR -P check_images.cmake
+# Stops the build when an image differs from what data/images.sha256 says of it, and shows the
+# entries that changed since the last images that passed. Images that pass are kept for that.
+#   cmake -DEXPECTED=images.sha256 -DIMAGES=DIR -DACCEPTED=DIR -P check_images.cmake
+
+# Codes and entries as the mapping texts have them, lead byte first.
+function(show_changes image)
+  file(READ "${ACCEPTED}/${image}" before HEX)
+  file(READ "${IMAGES}/${image}" after HEX)
+  set(changes "")
+  foreach(trail RANGE 255)
+    math(EXPR start "${trail} * 1024")
+    string(SUBSTRING "${before}" ${start} 1024 row_before)
+    string(SUBSTRING "${after}" ${start} 1024 row_after)
+    if(row_before STREQUAL row_after)
+      continue()
+    endif()
+    foreach(lead RANGE 255)
+      math(EXPR start "${lead} * 4")
+      string(SUBSTRING "${row_before}" ${start} 4 old)
+      string(SUBSTRING "${row_after}" ${start} 4 new)
+      if(NOT old STREQUAL new)
+        if(image STREQUAL "uc2sgbk.ctb")
+          math(EXPR index "65536 + ${trail} * 256 + ${lead}" OUTPUT_FORMAT HEXADECIMAL)
+        else()
+          math(EXPR index "65536 + ${lead} * 256 + ${trail}" OUTPUT_FORMAT HEXADECIMAL)
+        endif()
+        string(SUBSTRING "${index}" 3 4 index)
+        string(TOUPPER "  ${index}: ${old} -> ${new}" change)
+        list(APPEND changes "${change}")
+      endif()
+    endforeach()
+  endforeach()
+  list(LENGTH changes count)
+  if(count GREATER 0)
+    list(SUBLIST changes 0 20 changes)
+    list(JOIN changes "\n" changes)
+    message("${image}, entries changed: ${count}\n${changes}")
+  endif()
+endfunction()
 
 file(STRINGS "${EXPECTED}" lines REGEX "^[0-9a-f]")
 file(GLOB images RELATIVE "${IMAGES}" "${IMAGES}/*.ctb")
@@ -11,9 +48,18 @@ endforeach()
 
 list(SORT lines)
 list(SORT found)
-if(NOT found STREQUAL lines)
-  list(JOIN found "\n" found)
-  message(FATAL_ERROR "The table images are not those of ${EXPECTED}.\n"
-    "If the change is wanted, review what it does to the text that users convert, then accept it:\n"
-    "  (cd ${IMAGES} && sha256sum *.ctb) > ${EXPECTED}\n")
+if(found STREQUAL lines)
+  file(COPY "${IMAGES}/" DESTINATION "${ACCEPTED}")
+  return()
 endif()
+foreach(image IN LISTS images)
+  if(EXISTS "${ACCEPTED}/${image}")
+    show_changes(${image})
+  endif()
+endforeach()
+if(NOT EXISTS "${ACCEPTED}")
+  message("To see the entries that changed, build the unchanged mappings in this folder first.")
+endif()
+message(FATAL_ERROR "The table images are not those of ${EXPECTED}.\n"
+  "If the change is wanted, review what it does to the text that users convert, then accept it:\n"
+  "  (cd ${IMAGES} && sha256sum *.ctb) > ${EXPECTED}\n")

@@ -18,10 +18,13 @@ def by_code(name):
     return [units[(code & 0xFF) << 8 | code >> 8] for code in range(65536)]
 
 
-def mapping(name):
+def rows(name):
     lines = (MAPPINGS / name).read_text(encoding="utf-8").splitlines()
-    rows = (line.split("\t") for line in lines if line and not line.startswith("#"))
-    return {int(code, 16): character for code, character, *_ in rows}
+    return (line.split("\t") for line in lines if line and not line.startswith("#"))
+
+
+def mapping(name):
+    return {int(code, 16): character for code, character, *_ in rows(name)}
 
 
 def is_ideograph(character):
@@ -39,6 +42,7 @@ def show(count, what):
 
 
 characters, big5 = mapping("gbk.tsv"), mapping("big5.tsv")
+big5 |= {int(f[1], 16): f[2] for f in rows("choices.tsv") if f[0] == "big5_code"}
 gbkt2s, big52sgbk = by_code("gbkt2s"), by_code("big52sgbk")
 gbk2big5, traditional_first = by_code("gbk2big5"), by_code("gbk2big5_traditional_first")
 uc2sgbk = struct.unpack(">65536H", (Path(sys.argv[1]) / "uc2sgbk.ctb").read_bytes())

@@ -143,8 +143,10 @@ class Tables {
     const Character to = parseCharacter(f[2]);
     if (f[3].empty()) throw std::runtime_error("a choice needs its reason");
     if (scope == "big5_code") {
-      if (find(big5_, parseCode(f[1])) != to) throw std::runtime_error("not in big5.tsv");
-      big5CodeOf_[to] = parseCode(f[1]);
+      const auto code = big5_.find(parseCode(f[1]));
+      if (code == big5_.end()) throw std::runtime_error("not in big5.tsv");
+      code->second = to;
+      big5CodeOf_[to] = code->first;
       return;
     }
     static const std::map<std::string, CharacterMap Tables::*> scopes{
