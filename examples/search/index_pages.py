@@ -10,7 +10,6 @@ import sys
 import tempfile
 
 HERE = pathlib.Path(__file__).resolve().parent
-PAGES = pathlib.Path("/usr/share/debian-reference")
 
 # What a reader of simplified Chinese types, and what stands in the pages.
 QUERIES = {"网络": "網絡", "软件包": "軟件包", "档案系统": "檔案系統", "编译器": "編譯器",
@@ -30,7 +29,9 @@ def main(program=""):
 
 def check(program, folder):
     texts = {}
-    for page in sorted(PAGES.glob("*.zh-tw.html")):
+    listed = subprocess.run(["dpkg", "-L", "debian-reference-zh-tw"], stdout=subprocess.PIPE,
+                            check=True, text=True).stdout.split()
+    for page in (pathlib.Path(name) for name in sorted(listed) if name.endswith(".zh-tw.html")):
         texts[page.name] = page.read_text("utf-8").encode("big5", "ignore")
         (folder / page.name).write_bytes(texts[page.name])
     search = [program, HERE / "friso.ini"]
