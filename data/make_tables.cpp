@@ -12,6 +12,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "mapping_text.h"
 #include "sgbk/support.h"
@@ -131,6 +132,34 @@ class Tables {
     return kBig5Missing;
   }
 
+  // Every two-byte code of GB18030. What GBK leaves open has private code points, numbered through
+  // area by area; some of those in the last stretch, from A2AB on, went to characters later.
+  std::map<Code, Character> withPrivatePoints() const {
+    std::map<Code, Character> codes = gbk_;
+    Character next = 0xE000;
+    const auto number = [&](Code firstLead, Code lastLead, Code first, Code last, auto takesPart) {
+      for (Code lead = firstLead; lead <= lastLead; ++lead) {
+        for (Code trail = first; trail <= last; ++trail) {
+          const Code code = lead << 8 | trail;
+          if (trail != 0x7F && takesPart(code)) codes.emplace(code, next++);
+        }
+      }
+    };
+    const auto all = [](Code) { return true; };
+    number(0xAA, 0xAF, 0xA1, 0xFE, all);
+    number(0xF8, 0xFE, 0xA1, 0xFE, all);
+    number(0xA1, 0xA7, 0x40, 0xA0, all);
+    number(0xA2, 0xFE, 0x40, 0xFE, [&](Code code) {
+      const bool wasGiven = code == 0xA8BC || code == 0xA8BF || (code >= 0xA989 && code <= 0xA995) ||
+                            code >= 0xFE50;
+      return wasGiven || !codes.contains(code);
+    });
+    codes[0xA2E3] = 0x20AC;
+    return codes;
+  }
+
+  const std::map<Code, Character>& big5() const { return big5_; }
+
  private:
   static std::string name(Character c) {
     std::array<char, 16> text{};
@@ -165,6 +194,14 @@ class Tables {
   std::map<Character, Code> cellOf_, big5CodeOf_;
 };
 
+template <class Bytes>
+void writeFile(const fs::path& path, const Bytes& bytes) {
+  std::ofstream out(path, std::ios::binary);
+  out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  out.close();
+  if (!out) throw std::runtime_error(path.string() + ": cannot be written");
+}
+
 void writeImage(const fs::path& path, const std::function<Code(Code)>& entry) {
   Image image;
   for (Code index = 0; index < 0x10000; ++index) {
@@ -172,10 +209,34 @@ void writeImage(const fs::path& path, const std::function<Code(Code)>& entry) {
     image[2 * index] = static_cast<unsigned char>(code >> 8);
     image[2 * index + 1] = static_cast<unsigned char>(code & 0xFF);
   }
-  std::ofstream out(path, std::ios::binary);
-  out.write(reinterpret_cast<const char*>(image.data()), image.size());
-  out.close();
-  if (!out) throw std::runtime_error(path.string() + ": cannot be written");
+  writeFile(path, image);
+}
+
+// Four bytes for each unit, the lowest first; 0 where there is no character.
+void writeCodePoints(const fs::path& path, const std::map<Code, Character>& codes) {
+  std::vector<unsigned char> image(4 * 0x10000);
+  for (const auto& [code, c] : codes) {
+    for (unsigned i = 0; i < 4; ++i) {
+      image[4 * swapBytes(code) + i] = static_cast<unsigned char>(c >> 8 * i & 0xFF);
+    }
+  }
+  writeFile(path, image);
+}
+
+// Where the two forms of the fourth table differ: the GBK code, its own Big5 code and that of the
+// traditional form, each lead byte first.
+void writeTraditionalFirst(const fs::path& path, const Tables& tables) {
+  std::vector<unsigned char> image;
+  for (Code code = 0; code < 0x10000; ++code) {
+    const Code own = tables.toBig5(code, false);
+    const Code traditional = tables.toBig5(code, true);
+    if (own == traditional) continue;
+    for (const Code c : {code, own, traditional}) {
+      image.push_back(static_cast<unsigned char>(c >> 8));
+      image.push_back(static_cast<unsigned char>(c & 0xFF));
+    }
+  }
+  writeFile(path, image);
 }
 
 // A single byte stands for the ASCII character; the library lays its own ASCII row over these.
@@ -208,6 +269,9 @@ int main(int argc, char** argv) {
                [&](Code unit) { return tables.toBig5(swapBytes(unit), false); });
     writeImage(output / "gbk2big5_traditional_first.ctb",
                [&](Code unit) { return tables.toBig5(swapBytes(unit), true); });
+    writeCodePoints(output / "gbk_code_points.bin", tables.withPrivatePoints());
+    writeCodePoints(output / "big5_code_points.bin", tables.big5());
+    writeTraditionalFirst(output / "traditional_first.bin", tables);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "make_tables: %s\n", error.what());
     return 1;

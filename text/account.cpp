@@ -1,0 +1,106 @@
+#include "account.h"
+
+#include <algorithm>
+
+namespace sgbk::text {
+namespace {
+
+bool isWideLineFeed(std::string_view text, std::size_t at, LineFeeds kind) {
+  const bool isSwapped = kind == LineFeeds::inSwappedUnits;
+  return text[at + isSwapped] == '\n' && text[at + !isSwapped] == '\0';
+}
+
+// Sixteen bytes at once, whose counts are added up before they can overflow.
+std::uint64_t countLineFeeds(std::string_view text) {
+  using Bytes = Byte __attribute__((vector_size(16)));
+  constexpr std::size_t kMostBlocks = 255;
+  std::uint64_t count = 0;
+  while (text.size() >= sizeof(Bytes)) {
+    const std::size_t blocks = std::min(text.size() / sizeof(Bytes), kMostBlocks);
+    Bytes counts = {};
+    for (std::size_t i = 0; i < blocks; ++i) {
+      Bytes block;
+      std::memcpy(&block, text.data() + i * sizeof block, sizeof block);
+      counts -= reinterpret_cast<Bytes>(block == '\n');
+    }
+    for (std::size_t i = 0; i < sizeof counts; ++i) count += counts[i];
+    text.remove_prefix(blocks * sizeof(Bytes));
+  }
+  return count + static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+}  // namespace
+
+std::size_t afterLastLineFeed(std::string_view text, LineFeeds kind) {
+  if (kind == LineFeeds::inBytes) return text.rfind('\n') + 1;
+  for (std::size_t end = text.size() / 2 * 2; end != 0; end -= 2) {
+    if (isWideLineFeed(text, end - 2, kind)) return end;
+  }
+  return 0;
+}
+
+std::size_t afterFirstLineFeed(std::string_view text, LineFeeds kind) {
+  if (kind == LineFeeds::inBytes) return text.find('\n') + 1;
+  for (std::size_t at = 0; at + 2 <= text.size(); at += 2) {
+    if (isWideLineFeed(text, at, kind)) return at + 2;
+  }
+  return 0;
+}
+
+void Account::reset() {
+  counts_ = {};
+  losses_.clear();
+}
+
+void Account::countLines(const Byte* end) {
+  const std::string_view text(reinterpret_cast<const char*>(counted_),
+                              static_cast<std::size_t>(end - counted_));
+  counted_ = end;
+  if (lineFeeds_ == LineFeeds::inBytes) {
+    counts_.lines += countLineFeeds(text);
+    return;
+  }
+  for (std::size_t at = 0; at + 2 <= text.size(); at += 2) {
+    counts_.lines += isWideLineFeed(text, at, lineFeeds_);
+  }
+}
+
+void Account::endPiece(const Byte* end) {
+  countLines(end);
+  counts_.bytes += static_cast<std::uint64_t>(end - begin_);
+  begin_ = end;
+}
+
+void Account::add(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c) {
+  ++counts_.reasons[reason];
+  const bool isFirst = reason != SGBK_REPLACED && counts_.first.size == 0;
+  if (!isFirst && !isListed_) return;
+  countLines(p);
+  sgbk_loss loss = {};
+  loss.line = counts_.lines + 1;
+  loss.offset = counts_.bytes + static_cast<std::uint64_t>(p - begin_);
+  loss.code_point = c;
+  loss.reason = static_cast<std::uint8_t>(reason);
+  loss.size = static_cast<std::uint8_t>(size);
+  std::memcpy(loss.bytes, p, std::min<std::size_t>(size, SGBK_LOSS_BYTES));
+  if (isFirst) counts_.first = loss;
+  if (isListed_) losses_.push_back(loss);
+}
+
+void Account::addAgain(const sgbk_loss& loss) {
+  ++counts_.reasons[loss.reason];
+  if (counts_.first.size == 0) counts_.first = loss;
+  if (isListed_) losses_.push_back(loss);
+}
+
+std::uint64_t Account::lost() const {
+  return counts_.reasons[SGBK_MALFORMED] + counts_.reasons[SGBK_UNDEFINED] +
+         counts_.reasons[SGBK_NOT_IN_TARGET];
+}
+
+void Account::goBackTo(const Mark& mark) {
+  counts_ = mark.counts;
+  losses_.resize(mark.losses);
+}
+
+}  // namespace sgbk::text

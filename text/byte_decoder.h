@@ -1,0 +1,99 @@
+// The loop of the sources whose ASCII is one byte.
+
+#ifndef SGBK_TEXT_BYTE_DECODER_H
+#define SGBK_TEXT_BYTE_DECODER_H
+
+#include "decoder.h"
+
+namespace sgbk::text {
+
+// Eight bytes of text; what lies after its end passes for no ASCII.
+inline Block loadBlockBefore(const Byte* p, const Byte* end) {
+  if (end - p >= kBlockBytes) return loadBlock(p);
+  Block block = inEveryByte(0x80);
+  std::memcpy(&block, p, static_cast<std::size_t>(end - p));
+  return block;
+}
+
+// The top bit of the first byte that equals `b`; bits above it may be wrong.
+constexpr Block firstByteEqualTo(Block block, Byte b) {
+  const Block difference = block ^ inEveryByte(b);
+  return (difference - inEveryByte(0x01)) & ~difference & inEveryByte(0x80);
+}
+
+constexpr Block lowered(Block ascii) {
+  const Block isCapital = (ascii + inEveryByte(0x80 - 'A')) & ~(ascii + inEveryByte(0x80 - 'Z' - 1));
+  return ascii + ((isCapital & inEveryByte(0x80)) >> 2);
+}
+
+// Writes the first `count` characters of a block of ASCII.
+template <Ascii form>
+char* putAsciiBlock(Block block, std::ptrdiff_t count, const Entry* entries, char* out) {
+  if constexpr (form == Ascii::wide) {
+    for (std::ptrdiff_t i = 0; i < count; ++i, block >>= 8) {
+      storeUnit(out + 2 * i, static_cast<gchar_t>(entries[block & 0xFF]));
+    }
+    return out + 2 * count;
+  } else {
+    // Only the bytes below 80 are right, and only those are kept.
+    const Block bytes = form == Ascii::lowered ? lowered(block & inEveryByte(0x7F)) : block;
+    std::memcpy(out, &bytes, sizeof bytes);
+    return out + count;
+  }
+}
+
+// Shape has
+//   kEscape                    an ASCII byte that is not itself, 0 for none
+//   isAsciiMode()              whether ASCII bytes are ASCII now
+//   takeRun(p, end, out)       characters that need no second look, and where they end
+//   takeOther(p, left, ended)  the bytes taken of what is rare, 0 when more is needed
+template <class Shape>
+class ByteDecoder : public Decoder {
+ public:
+  using Decoder::Decoder;
+
+  const Byte* decode(const Byte* p, const Byte* end, bool ended) override {
+    return dispatch([&]<Ascii form, bool references>() { return run<form, references>(p, end, ended); });
+  }
+
+ private:
+  template <Ascii form, bool references>
+  const Byte* run(const Byte* p, const Byte* const end, bool ended) {
+    Shape& shape = static_cast<Shape&>(*this);
+    char* out = roomFor(end - p);
+    while (p != end) {
+      if (shape.isAsciiMode()) {
+        const Block block = loadBlockBefore(p, end);
+        Block stops = block & inEveryByte(0x80);
+        if constexpr (references) stops |= firstByteEqualTo(block, '&');
+        if constexpr (Shape::kEscape != 0) stops |= firstByteEqualTo(block, Shape::kEscape);
+        const int count = stops == 0 ? kBlockBytes : __builtin_ctzll(stops) / 8;
+        out = putAsciiBlock<form>(block, count, entries_, out);
+        account_.addCharacters(count);
+        p += count;
+        if (count == kBlockBytes) continue;
+        if (p == end) break;
+      }
+      const Byte* const run = shape.takeRun(p, end, out);
+      if (run != p) {
+        p = run;
+        continue;
+      }
+      out_->setEnd(out);
+      const auto left = static_cast<std::size_t>(end - p);
+      const std::size_t taken =
+          references && *p == '&' && shape.isAsciiMode()
+              ? takeReference({reinterpret_cast<const char*>(p), left}, ended, p, 1)
+              : shape.takeOther(p, left, ended);
+      p += taken;
+      out = roomFor(end - p);
+      if (taken == 0) break;
+    }
+    out_->setEnd(out);
+    return p;
+  }
+};
+
+}  // namespace sgbk::text
+
+#endif

@@ -1,0 +1,159 @@
+#include "code_points.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <utility>
+#include <vector>
+
+#include "made_once.h"
+
+// The images that the build makes from the mapping texts: a code point for each code, lead byte +
+// 256 * trail byte.
+extern "C" const std::uint32_t sgbk_gbk_code_points[0x10000];
+extern "C" const std::uint32_t sgbk_big5_code_points[0x10000];
+
+namespace sgbk::text {
+namespace {
+
+// Characters of two-byte codes that had private code points in the first edition of GB18030, which
+// numbers the four-byte codes.
+struct MovedCharacter {
+  CodePoint now;
+  CodePoint before;
+};
+constexpr MovedCharacter kMoved[] = {
+    {0x1E3F, 0xE7C7}, {0x9FB4, 0xE81E},  {0x9FB5, 0xE826},  {0x9FB6, 0xE82B},  {0x9FB7, 0xE82C},
+    {0x9FB8, 0xE832}, {0x9FB9, 0xE843},  {0x9FBA, 0xE854},  {0x9FBB, 0xE864},  {0x20087, 0xE816},
+    {0x20089, 0xE817}, {0x200CC, 0xE818}, {0x215D7, 0xE831}, {0x2298F, 0xE83B}, {0x241FE, 0xE855}};
+
+constexpr std::size_t kFourByteCodes = 39420;     // of the Basic Multilingual Plane
+constexpr std::size_t kSupplementaryRank = 189000;  // of U+10000
+
+constexpr std::uint32_t rankOf(const Byte* p) {
+  return ((p[0] - 0x81u) * 10 + (p[1] - 0x30u)) * 1260 + (p[2] - 0x81u) * 10 + (p[3] - 0x30u);
+}
+
+constexpr Sequence fourBytes(std::uint32_t rank) {
+  return {4,
+          {static_cast<char>(0x81 + rank / 12600), static_cast<char>(0x30 + rank / 1260 % 10),
+           static_cast<char>(0x81 + rank / 10 % 126), static_cast<char>(0x30 + rank % 10)}};
+}
+
+constexpr Sequence twoBytes(gchar_t unit) {
+  return {2, {static_cast<char>(leadOf(unit)), static_cast<char>(trailOf(unit))}};
+}
+
+// GB18030 beyond GBK. The four-byte codes go to the code points that have no two-byte code, in
+// their order.
+struct Gb18030 {
+  std::array<gchar_t, 0x10000> twoByteCode{};
+  std::array<std::uint16_t, 0x10000> rank{};
+  std::array<std::uint16_t, kFourByteCodes> codePoint{};
+
+  Gb18030() {
+    for (unsigned code = 0; code < 0x10000; ++code) {
+      const CodePoint c = sgbk_gbk_code_points[code];
+      if (c == kNoCodePoint) continue;
+      if (c < 0x10000) twoByteCode[c] = static_cast<gchar_t>(code);
+      if (const CodePoint before = privatePointOf(c)) twoByteCode[before] = static_cast<gchar_t>(code);
+    }
+    auto isTwoByte = std::vector<bool>(0x10000);
+    for (CodePoint c = 0; c < 0x10000; ++c) isTwoByte[c] = twoByteCode[c] != 0;
+    for (const MovedCharacter& moved : kMoved) {
+      if (moved.now < 0x10000) isTwoByte[moved.now] = false;
+      isTwoByte[moved.before] = true;
+    }
+    std::uint16_t next = 0;
+    for (CodePoint c = 0x80; c < 0x10000; ++c) {
+      if (isTwoByte[c] || isSurrogate(c)) continue;
+      codePoint[next] = static_cast<std::uint16_t>(c);
+      rank[c] = next++;
+    }
+  }
+};
+
+const Gb18030& gb18030() {
+  static std::atomic<const Gb18030*> slot;
+  return madeOnce(slot);
+}
+
+// Big5 by character, sorted. Every reader knows the rows from A1 to F9; the others are for what
+// has no code there.
+struct Big5 {
+  std::vector<std::pair<CodePoint, gchar_t>> codes;
+
+  Big5() {
+    for (const bool isCommon : {true, false}) {
+      for (unsigned lead = 0x81; lead <= 0xFE; ++lead) {
+        for (unsigned trail = 0x40; trail <= 0xFE; ++trail) {
+          const unsigned code = lead << 8 | trail;
+          const auto unit = unitOf(static_cast<Byte>(lead), static_cast<Byte>(trail));
+          const bool isHere = (code >= 0xA140 && code <= 0xC67E) || (code >= 0xC940 && code <= 0xF9FE);
+          const CodePoint c = sgbk_big5_code_points[unit];
+          if (isHere == isCommon && c != kNoCodePoint) codes.emplace_back(c, unit);
+        }
+      }
+    }
+    std::stable_sort(codes.begin(), codes.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+  }
+};
+
+}  // namespace
+
+CodePoint codePointOfGbk(gchar_t code) { return sgbk_gbk_code_points[code]; }
+CodePoint codePointOfBig5(gchar_t code) { return sgbk_big5_code_points[code]; }
+
+CodePoint privatePointOf(CodePoint c) {
+  const auto* const moved = std::find_if(std::begin(kMoved), std::end(kMoved),
+                                         [c](const MovedCharacter& m) { return m.now == c; });
+  return moved == std::end(kMoved) ? kNoCodePoint : moved->before;
+}
+
+Sequence utf8Of(CodePoint c) {
+  const auto tail = [c](int shift) { return static_cast<char>(0x80 | (c >> shift & 0x3F)); };
+  if (c < 0x80) return {1, {static_cast<char>(c)}};
+  if (c < 0x800) return {2, {static_cast<char>(0xC0 | c >> 6), tail(0)}};
+  if (isSurrogate(c)) return {};
+  if (c < 0x10000) return {3, {static_cast<char>(0xE0 | c >> 12), tail(6), tail(0)}};
+  return {4, {static_cast<char>(0xF0 | c >> 18), tail(12), tail(6), tail(0)}};
+}
+
+Sequence utf16leOf(CodePoint c) {
+  const auto low = [](CodePoint unit) { return static_cast<char>(unit & 0xFF); };
+  const auto high = [](CodePoint unit) { return static_cast<char>(unit >> 8); };
+  if (isSurrogate(c)) return {};
+  if (c < 0x10000) return {2, {low(c), high(c)}};
+  const CodePoint first = 0xD7C0 + (c >> 10);
+  const CodePoint second = 0xDC00 | (c & 0x3FF);
+  return {4, {low(first), high(first), low(second), high(second)}};
+}
+
+Sequence gb18030Of(CodePoint c) {
+  if (c < 0x80) return {1, {static_cast<char>(c)}};
+  if (isSurrogate(c)) return {};
+  if (c >= 0x10000) return fourBytes(static_cast<std::uint32_t>(kSupplementaryRank) + c - 0x10000);
+  const gchar_t code = gb18030().twoByteCode[c];
+  return code != 0 ? twoBytes(code) : fourBytes(gb18030().rank[c]);
+}
+
+CodePoint codePointOfGb18030(const Byte* bytes) {
+  const std::uint32_t rank = rankOf(bytes);
+  if (rank < kFourByteCodes) return gb18030().codePoint[rank];
+  if (rank < kSupplementaryRank || rank >= kSupplementaryRank + 0x100000) return kNoCodePoint;
+  return static_cast<CodePoint>(0x10000 + rank - kSupplementaryRank);
+}
+
+Sequence big5Of(CodePoint c) {
+  static std::atomic<const Big5*> slot;
+  const auto& codes = madeOnce(slot).codes;
+  const auto found = std::lower_bound(codes.begin(), codes.end(), c,
+                                      [](const auto& code, CodePoint key) { return code.first < key; });
+  return found == codes.end() || found->first != c ? Sequence{} : twoBytes(found->second);
+}
+
+Sequence fourBytesOf(CodePoint c) { return fourBytes(c); }
+CodePoint codePointOfFourBytes(const Byte* bytes) { return rankOf(bytes); }
+
+}  // namespace sgbk::text

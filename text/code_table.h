@@ -1,0 +1,77 @@
+// From a source code to the bytes of the output in one look-up: decoding, simplifying, folding and
+// encoding composed into one table for each combination that is in use.
+
+#ifndef SGBK_TEXT_CODE_TABLE_H
+#define SGBK_TEXT_CODE_TABLE_H
+
+#include <array>
+#include <cstdint>
+
+#include "code_points.h"
+#include "encodings.h"
+
+namespace sgbk::text {
+
+// What a table is indexed by: a two-byte code, lead byte + 256 * trail byte, or a code point. A
+// single byte is ASCII in all of them.
+enum class Codes : std::uint8_t { big5, gbk, unicode };
+
+// middle  written is not the target yet, but GBK text in which what GBK lacks has four bytes
+enum class Form : std::uint8_t { target, middle };
+
+struct TableKey {
+  Codes codes = Codes::gbk;
+  Target target = Target::gbk;
+  Form form = Form::target;
+  bool simplify = true;
+  bool halfWidth = false;
+  bool foldCase = false;
+  // Full-width & < > are written as references, in the target only.
+  bool markup = false;
+  bool traditional = false;
+
+  bool operator==(const TableKey&) const = default;
+};
+
+// An entry holds up to three bytes, the first lowest, and their number above. Where it holds none,
+// there is a kind and a code point instead.
+using Entry = std::uint32_t;
+
+enum class Rare : unsigned {
+  malformed,  // no code
+  undefined,  // a code without a character
+  lacking,    // a character that the target lacks
+  replaced,   // the same, but there is ASCII for it
+  beyond,     // a character of four bytes in the output
+  markup,     // a reference is written
+  nothing     // a byte-order mark
+};
+
+constexpr bool isRare(Entry entry) { return entry < 1u << 24; }
+constexpr unsigned sizeOf(Entry entry) { return entry >> 24; }
+constexpr Rare kindOf(Entry entry) { return static_cast<Rare>(entry >> 21); }
+constexpr CodePoint codePointOf(Entry entry) { return entry & 0x1FFFFF; }
+constexpr Entry rareEntry(Rare kind, CodePoint c) { return static_cast<unsigned>(kind) << 21 | c; }
+
+struct CodeTable {
+  TableKey key;
+  std::array<Entry, 0x10000> entries;
+
+  explicit CodeTable(const TableKey& tableKey);
+
+  // The entry of a code point, where the table is indexed by them.
+  Entry entryOf(CodePoint c) const;
+  // The character in the output's bytes; none when that is lacking.
+  Sequence encode(CodePoint c) const;
+};
+
+// The ASCII that stands for a character where the target lacks it, as the library has it for the
+// character's entity; null for all but a few.
+const char* replacementFor(CodePoint c);
+
+// Made once for each key and kept for the process. Throws std::bad_alloc.
+const CodeTable& codeTable(const TableKey& key);
+
+}  // namespace sgbk::text
+
+#endif

@@ -1,0 +1,81 @@
+// HZ: pairs of 7-bit bytes between "~{" and "~}". Each line begins in ASCII mode.
+
+#include "byte_decoder.h"
+
+namespace sgbk::text {
+namespace {
+
+constexpr bool isGbByte(Byte b) { return b >= 0x21 && b <= 0x7E; }
+constexpr bool isLineEnd(Byte b) { return b == '\n' || b == '\r'; }
+
+class HzDecoder : public ByteDecoder<HzDecoder> {
+ public:
+  using ByteDecoder::ByteDecoder;
+
+  static constexpr Byte kEscape = '~';
+  bool isAsciiMode() const { return !isGbMode_; }
+
+  void reset() override { isGbMode_ = false; }
+
+  const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
+    if (!isGbMode_) return p;
+    const Byte* const begin = p;
+    char* to = out;
+    for (; end - p >= 2 && *p != '~' && isGbByte(p[0]) && isGbByte(p[1]); p += 2) {
+      const Entry entry = entries_[loadUnit(p) | 0x8080];
+      if (isRare(entry)) break;
+      std::memcpy(to, &entry, sizeof entry);
+      to += sizeOf(entry);
+    }
+    out = to;
+    account_.addCharacters((p - begin) / 2);
+    return p;
+  }
+
+  std::size_t takeOther(const Byte* p, std::size_t left, bool ended) {
+    if (*p == '~') return takeEscape(p, left, ended);
+    if (isGbMode_ && *p == '\n') {
+      isGbMode_ = false;
+      putAscii('\n');
+      account_.addCharacters(1);
+      return 1;
+    }
+    if (!isGbMode_ || !isGbByte(*p)) return malformed(p, 1);
+    if (left < 2) return ended ? malformed(p, 1) : 0;
+    if (!isGbByte(p[1])) return malformed(p, 1);
+    put(entries_[loadUnit(p) | 0x8080], p, 2);
+    return 2;
+  }
+
+ private:
+  std::size_t takeEscape(const Byte* p, std::size_t left, bool ended) {
+    if (left < 2) return ended ? malformed(p, 1) : 0;
+    if (p[1] == (isGbMode_ ? '}' : '{')) {
+      isGbMode_ = !isGbMode_;
+      return 2;
+    }
+    if (!isGbMode_ && p[1] == '~') {
+      putAscii('~');
+      account_.addCharacters(1);
+      return 2;
+    }
+    // Joins two lines in HZ; here every line end stays.
+    if (!isGbMode_ && isLineEnd(p[1])) return 1;
+    return malformed(p, isGbByte(p[1]) ? 2 : 1);
+  }
+
+  std::size_t malformed(const Byte* p, std::size_t size) {
+    putMalformed(p, size);
+    return size;
+  }
+
+  bool isGbMode_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Decoder> makeHzDecoder(const Decoder::Surroundings& around) {
+  return std::make_unique<HzDecoder>(around);
+}
+
+}  // namespace sgbk::text

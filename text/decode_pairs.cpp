@@ -1,0 +1,80 @@
+// Big5 and GBK: one byte or two, and in GB18030 four.
+
+#include "byte_decoder.h"
+#include "library_tables.h"
+
+namespace sgbk::text {
+namespace {
+
+// What four bytes of the right shape are.
+enum class FourBytes { none, gb18030, middle };
+
+template <FourBytes fourBytes, bool (*isTrail)(Byte)>
+class PairDecoder : public ByteDecoder<PairDecoder<fourBytes, isTrail>> {
+ public:
+  using ByteDecoder<PairDecoder>::ByteDecoder;
+
+  static constexpr Byte kEscape = 0;
+  static constexpr bool isAsciiMode() { return true; }
+
+  const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
+    const Byte* const begin = p;
+    const Entry* const entries = this->entries_;
+    char* to = out;
+    for (; end - p >= 2 && !isAscii(*p); p += 2) {
+      const Entry entry = entries[loadUnit(p)];
+      if (isRare(entry)) break;
+      std::memcpy(to, &entry, sizeof entry);
+      to += sizeOf(entry);
+    }
+    out = to;
+    this->account_.addCharacters((p - begin) / 2);
+    return p;
+  }
+
+  std::size_t takeOther(const Byte* p, std::size_t left, bool ended) {
+    if (!isLeadByte(*p)) return malformed(p, 1);
+    if (left < 2) return ended ? malformed(p, 1) : 0;
+    if (fourBytes != FourBytes::none && isFourBytesDigit(p[1])) {
+      if (left < 4 && !ended && (left < 3 || isLeadByte(p[2]))) return 0;
+      if (left >= 4 && isLeadByte(p[2]) && isFourBytesDigit(p[3])) return takeFourBytes(p);
+    }
+    // No malformed byte takes ASCII along.
+    if (!isTrail(p[1])) return malformed(p, isAscii(p[1]) ? 1 : 2);
+    this->put(this->entries_[loadUnit(p)], p, 2);
+    return 2;
+  }
+
+ private:
+  std::size_t malformed(const Byte* p, std::size_t size) {
+    this->putMalformed(p, size);
+    return size;
+  }
+
+  std::size_t takeFourBytes(const Byte* p) {
+    const bool isMiddle = fourBytes == FourBytes::middle;
+    const CodePoint c = isMiddle ? codePointOfFourBytes(p) : codePointOfGb18030(p);
+    if (c == kNoCodePoint) {
+      this->put(rareEntry(Rare::undefined, 0), p, 4);
+    } else if (isMiddle) {
+      this->put(rareEntry(Rare::beyond, c), p, 4);
+    } else {
+      this->putCodePoint(c, p, 4, kNoCodePoint);
+    }
+    return 4;
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Decoder> makeBig5Decoder(const Decoder::Surroundings& around) {
+  return std::make_unique<PairDecoder<FourBytes::none, isBig5Trail>>(around);
+}
+std::unique_ptr<Decoder> makeGbkDecoder(const Decoder::Surroundings& around) {
+  return std::make_unique<PairDecoder<FourBytes::gb18030, isGbkTrail>>(around);
+}
+std::unique_ptr<Decoder> makeMiddleDecoder(const Decoder::Surroundings& around) {
+  return std::make_unique<PairDecoder<FourBytes::middle, isGbkTrail>>(around);
+}
+
+}  // namespace sgbk::text

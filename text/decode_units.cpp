@@ -1,0 +1,129 @@
+// UCS-2 in either byte order, with the surrogates of UTF-16.
+
+#include "byte_decoder.h"
+
+namespace sgbk::text {
+namespace {
+
+using Unit = std::uint16_t;
+
+constexpr bool isHighSurrogate(Unit u) { return (u & 0xFC00) == 0xD800; }
+constexpr bool isLowSurrogate(Unit u) { return (u & 0xFC00) == 0xDC00; }
+constexpr int kBlockUnits = 4;
+
+template <bool isBigEndian>
+class UnitDecoder : public Decoder {
+ public:
+  using Decoder::Decoder;
+
+  const Byte* decode(const Byte* p, const Byte* end, bool ended) override {
+    p = dispatch([&]<Ascii form, bool references>() { return run<form, references>(p, end, ended); });
+    if (ended && end - p == 1) {
+      putMalformed(p, 1);
+      ++p;
+    }
+    return p;
+  }
+
+ private:
+  static Unit load(const Byte* p) {
+    return static_cast<Unit>(isBigEndian ? p[0] << 8 | p[1] : loadUnit(p));
+  }
+
+  template <Ascii form, bool references>
+  const Byte* run(const Byte* p, const Byte* const end, bool ended) {
+    char* out = roomFor(end - p);
+    while (end - p >= 2) {
+      if (const int count = takeAscii<form, references>(p, end, out); count != 0) {
+        p += 2 * count;
+        continue;
+      }
+      if (const Byte* const run = takeRun(p, end, out); run != p) {
+        p = run;
+        continue;
+      }
+      out_->setEnd(out);
+      const auto left = static_cast<std::size_t>(end - p) / 2;
+      const std::size_t taken = references && load(p) == '&' ? reference(p, left, ended) : takeOther(p, left, ended);
+      p += 2 * taken;
+      out = roomFor(end - p);
+      if (taken == 0) break;
+    }
+    out_->setEnd(out);
+    return p;
+  }
+
+  // Four units of ASCII at once, or one.
+  template <Ascii form, bool references>
+  int takeAscii(const Byte* p, const Byte* end, char*& out) {
+    int count = 0;
+    if (end - p >= kBlockBytes) {
+      Block block = loadBlock(p);
+      if (isBigEndian) block = (block >> 8 & inEveryUnit(0xFF)) | (block & inEveryUnit(0xFF)) << 8;
+      if ((block & inEveryUnit(0xFF80)) == 0) {
+        // The units' low bytes, side by side.
+        block = (block | block >> 8) & 0x0000FFFF0000FFFF;
+        block = (block | block >> 16) & 0xFFFFFFFF;
+        if (!references || firstByteEqualTo(block | Block{0xFFFFFFFF} << 32, '&') == 0) {
+          out = putAsciiBlock<form>(block, kBlockUnits, entries_, out);
+          count = kBlockUnits;
+        }
+      }
+    }
+    if (count == 0 && load(p) < 0x80 && !(references && load(p) == '&')) {
+      out = putAsciiBlock<form>(load(p), 1, entries_, out);
+      count = 1;
+    }
+    account_.addCharacters(count);
+    return count;
+  }
+
+  const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
+    const Byte* const begin = p;
+    const Entry* const entries = entries_;
+    char* to = out;
+    for (; end - p >= 2; p += 2) {
+      const Unit unit = load(p);
+      const Entry entry = entries[unit];
+      if (isRare(entry) || unit < 0x80) break;
+      std::memcpy(to, &entry, sizeof entry);
+      to += sizeOf(entry);
+    }
+    out = to;
+    account_.addCharacters((p - begin) / 2);
+    return p;
+  }
+
+  // Returns the units taken.
+  std::size_t takeOther(const Byte* p, std::size_t left, bool ended) {
+    const Unit unit = load(p);
+    if (isHighSurrogate(unit)) {
+      if (left < 2 && !ended) return 0;
+      if (left >= 2 && isLowSurrogate(load(p + 2))) {
+        const CodePoint c = 0x10000 + ((unit & 0x3FFu) << 10 | (load(p + 2) & 0x3FFu));
+        putCodePoint(c, p, 4, c);
+        return 2;
+      }
+    }
+    put(entries_[unit], p, 2, isSurrogate(unit) ? kNoCodePoint : unit);
+    return 1;
+  }
+
+  std::size_t reference(const Byte* p, std::size_t left, bool ended) {
+    char text[kLongestReference];
+    std::size_t size = 0;
+    for (; size < std::min(left, kLongestReference) && load(p + 2 * size) < 0x80; ++size) {
+      text[size] = static_cast<char>(load(p + 2 * size));
+    }
+    return takeReference({text, size}, ended || size < left, p, 2);
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Decoder> makeUnitDecoder(const Decoder::Surroundings& around, bool isBigEndian) {
+  if (isBigEndian) return std::make_unique<UnitDecoder<true>>(around);
+  return std::make_unique<UnitDecoder<false>>(around);
+}
+
+}  // namespace sgbk::text

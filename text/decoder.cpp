@@ -1,0 +1,142 @@
+#include "decoder.h"
+
+#include "sgbk/support.h"
+
+namespace sgbk::text {
+namespace {
+
+constexpr CodePoint kFullWidthShift = 0xFEE0;  // from ASCII
+
+}  // namespace
+
+void Decoder::setOutput(const CodeTable& table, Buffer& out) {
+  out_ = &out;
+  table_ = &table;
+  unicode_ = table.key.codes == Codes::unicode ? &table : nullptr;
+  entries_ = table.entries.data();
+  ascii_ = sizeOf(entries_[' ']) == 2 ? Ascii::wide
+           : table.key.foldCase       ? Ascii::lowered
+                                      : Ascii::same;
+}
+
+const CodeTable& Decoder::unicode() {
+  if (unicode_ == nullptr) {
+    TableKey key = table_->key;
+    key.codes = Codes::unicode;
+    unicode_ = &codeTable(key);
+  }
+  return *unicode_;
+}
+
+void Decoder::append(Entry entry) {
+  char bytes[sizeof entry];
+  std::memcpy(bytes, &entry, sizeof entry);
+  out_->append(std::string_view(bytes, sizeOf(entry)));
+}
+
+void Decoder::put(Entry entry, const Byte* p, std::size_t size, CodePoint c) {
+  account_.addCharacters(1);
+  if (!isRare(entry)) return append(entry);
+  switch (kindOf(entry)) {
+    case Rare::malformed: return lose(SGBK_MALFORMED, p, size, c);
+    case Rare::undefined: return lose(SGBK_UNDEFINED, p, size, c);
+    case Rare::lacking: return lose(SGBK_NOT_IN_TARGET, p, size, c);
+    case Rare::beyond: return out_->append(table_->encode(codePointOf(entry)).view());
+    case Rare::markup: return putEscaped(std::string(1, static_cast<char>(codePointOf(entry))));
+    case Rare::replaced: {
+      account_.add(SGBK_REPLACED, p, size, c);
+      char ascii[4];
+      return putEscaped({ascii, static_cast<std::size_t>(deEscHtml(replacementFor(codePointOf(entry)), ascii))});
+    }
+    case Rare::nothing: return;
+  }
+}
+
+void Decoder::putCodePoint(CodePoint c, const Byte* p, std::size_t size, CodePoint told) {
+  put(unicode().entryOf(c), p, size, told);
+}
+
+// A pair of bytes that could have been a character leaves a blank.
+void Decoder::lose(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c) {
+  account_.add(reason, p, size, c);
+  if (replacement_) return out_->append(replacement_->view());
+  const bool isPair = table_->key.codes != Codes::unicode && size == 2 && reason != SGBK_MALFORMED;
+  if (isPair) append(unicode().entries[0x3000]);
+}
+
+// Text that was not in the page as such: it must not become markup.
+void Decoder::putEscaped(std::string_view ascii) {
+  for (const char c : ascii) {
+    std::string_view text(&c, 1);
+    if (table_->key.markup) {
+      switch (c) {
+        case '&':
+        case '<':
+        case '>':
+          if (table_->key.form == Form::middle) {
+            append(unicode().entries[static_cast<Byte>(c) + kFullWidthShift]);
+            continue;
+          }
+          text = c == '&' ? "&amp;" : c == '<' ? "&lt;" : "&gt;";
+          break;
+        case '"': text = "&#34;"; break;
+        case '\'': text = "&#39;"; break;
+        default: break;
+      }
+    }
+    for (const char part : text) putAscii(part);
+  }
+}
+
+std::size_t Decoder::takeReference(std::string_view text, bool ended, const Byte* p, std::size_t unit) {
+  Reference reference;
+  const Found found = findReference(text, ended, reference);
+  if (found == Found::unfinished) return 0;
+  account_.addCharacters(1);
+  if (found == Found::whole && resolve(reference, p, unit * reference.length)) return reference.length;
+  putAscii('&');
+  return 1;
+}
+
+// False when the reference has to stay: the target has neither the character nor ASCII for it.
+bool Decoder::resolve(const Reference& reference, const Byte* p, std::size_t size) {
+  const CodePoint c = reference.c;
+  if (c < 0x80) {
+    // In markup it may stand in the value of an attribute.
+    if (table_->key.markup && (c == '"' || c == '\'')) return false;
+    putEscaped(std::string(1, static_cast<char>(c)));
+    return true;
+  }
+  const Entry entry = unicode().entryOf(c);
+  if (!isRare(entry)) {
+    append(entry);
+    return true;
+  }
+  char ascii[4];
+  const char* name = reference.name.c_str();
+  switch (kindOf(entry)) {
+    case Rare::beyond: out_->append(table_->encode(c).view()); return true;
+    case Rare::markup: putEscaped(std::string(1, static_cast<char>(codePointOf(entry)))); return true;
+    case Rare::replaced: name = replacementFor(c); break;
+    default: break;
+  }
+  const char* rest = name;
+  const int length = deEscHtml(name, ascii, rest);
+  if (length == 0 || *rest != '\0') return false;
+  account_.add(SGBK_REPLACED, p, size, c);
+  putEscaped({ascii, static_cast<std::size_t>(length)});
+  return true;
+}
+
+std::unique_ptr<Decoder> makeDecoder(Source source, const Decoder::Surroundings& around) {
+  switch (source) {
+    case Source::big5: return makeBig5Decoder(around);
+    case Source::gbk: return makeGbkDecoder(around);
+    case Source::ucs2le: return makeUnitDecoder(around, false);
+    case Source::ucs2be: return makeUnitDecoder(around, true);
+    case Source::hz: return makeHzDecoder(around);
+    default: return makeUtf8Decoder(around);
+  }
+}
+
+}  // namespace sgbk::text

@@ -1,0 +1,112 @@
+// What the four shapes of source have in common: a character goes to the output by one look-up, and
+// what is rare is dealt with here.
+
+#ifndef SGBK_TEXT_DECODER_H
+#define SGBK_TEXT_DECODER_H
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "account.h"
+#include "buffer.h"
+#include "code_table.h"
+#include "core/byte_block.h"
+#include "references.h"
+
+namespace sgbk::text {
+
+// How ASCII is written: as it is, in lower case, or in two bytes.
+enum class Ascii { same, lowered, wide };
+
+class Decoder {
+ public:
+  struct Surroundings {
+    Account& account;
+    bool references;                           // character references are resolved
+    const std::optional<Buffer>& replacement;  // what stands for a loss, in the output's bytes
+  };
+
+  explicit Decoder(const Surroundings& around)
+      : account_(around.account),
+        replacement_(around.replacement),
+        references_(around.references) {}
+  virtual ~Decoder() = default;
+
+  // Writes and accounts for what is whole of the text from p to end.
+  // ended    nothing follows: there is nothing to wait for
+  // Returns  where it stopped; a character that may go on is left
+  virtual const Byte* decode(const Byte* p, const Byte* end, bool ended) = 0;
+
+  // A new input begins.
+  virtual void reset() {}
+
+  // Before decode(): what to write, and where.
+  void setOutput(const CodeTable& table, Buffer& out);
+
+ protected:
+  // No character is more than twice as long in the output; one block may be written in excess.
+  char* roomFor(std::ptrdiff_t bytes) { return out_->room(2 * static_cast<std::size_t>(bytes) + 16); }
+
+  // Writes the character of an entry, or says what became of it.
+  // p, size  its bytes in the input
+  // c        the code point, where the source has it
+  void put(Entry entry, const Byte* p, std::size_t size, CodePoint c = kNoCodePoint);
+  // A character by its code point, in any source.
+  void putCodePoint(CodePoint c, const Byte* p, std::size_t size, CodePoint told);
+  void putMalformed(const Byte* p, std::size_t size, CodePoint c = kNoCodePoint) {
+    put(rareEntry(Rare::malformed, 0), p, size, c);
+  }
+  void putAscii(char c) { append(entries_[static_cast<Byte>(c)]); }
+
+  // Takes a reference, or else the "&" alone.
+  // text, unit  from the "&" on, and how many bytes of the input each of its characters is
+  // Returns     the characters taken; 0 when more is needed
+  std::size_t takeReference(std::string_view text, bool ended, const Byte* p, std::size_t unit);
+
+  // Calls run with the form of ASCII and whether references are looked for, as constants.
+  template <class Run>
+  const Byte* dispatch(Run run) {
+    const auto withForm = [&]<Ascii form>() {
+      return references_ ? run.template operator()<form, true>()
+                         : run.template operator()<form, false>();
+    };
+    switch (ascii_) {
+      case Ascii::same: return withForm.template operator()<Ascii::same>();
+      case Ascii::lowered: return withForm.template operator()<Ascii::lowered>();
+      default: return withForm.template operator()<Ascii::wide>();
+    }
+  }
+
+  Buffer* out_ = nullptr;
+  Account& account_;
+  const Entry* entries_ = nullptr;
+
+ private:
+  void append(Entry entry);
+  void lose(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c);
+  bool resolve(const Reference& reference, const Byte* p, std::size_t size);
+  void putEscaped(std::string_view ascii);
+  const CodeTable& unicode();
+
+  const CodeTable* table_ = nullptr;
+  const CodeTable* unicode_ = nullptr;
+  const std::optional<Buffer>& replacement_;
+  const bool references_;
+  Ascii ascii_ = Ascii::same;
+};
+
+// source  not automatic and not ucs2
+std::unique_ptr<Decoder> makeDecoder(Source source, const Decoder::Surroundings& around);
+// Of text in the middle of its way, where four bytes are one character.
+std::unique_ptr<Decoder> makeMiddleDecoder(const Decoder::Surroundings& around);
+
+std::unique_ptr<Decoder> makeBig5Decoder(const Decoder::Surroundings& around);
+std::unique_ptr<Decoder> makeGbkDecoder(const Decoder::Surroundings& around);
+std::unique_ptr<Decoder> makeUtf8Decoder(const Decoder::Surroundings& around);
+std::unique_ptr<Decoder> makeUnitDecoder(const Decoder::Surroundings& around, bool isBigEndian);
+std::unique_ptr<Decoder> makeHzDecoder(const Decoder::Surroundings& around);
+
+}  // namespace sgbk::text
+
+#endif

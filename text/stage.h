@@ -1,0 +1,34 @@
+// What is done to text line by line, between decoding and encoding.
+
+#ifndef SGBK_TEXT_STAGE_H
+#define SGBK_TEXT_STAGE_H
+
+#include <memory>
+#include <string_view>
+
+#include "buffer.h"
+
+namespace sgbk::text {
+
+class Stage {
+ public:
+  virtual ~Stage() = default;
+
+  // Appends what becomes of `text`: whole characters, ASCII in one byte, GBK in two, others in
+  // four. What depends on text still to come is held, and comes later.
+  // ended  nothing follows
+  virtual void apply(std::string_view text, bool ended, Buffer& out) = 0;
+
+  // A new input begins.
+  virtual void reset() = 0;
+};
+
+// Blanks, decoration and long runs of punctuation are thinned, as by trimgPunc on each line
+// without its NUL characters. A character keeps its width.
+std::unique_ptr<Stage> makeTrimStage();
+// Lines of more than `limit` bytes are cut and end with "...", as by sbc2dbc.
+std::unique_ptr<Stage> makeTruncateStage(std::size_t limit);
+
+}  // namespace sgbk::text
+
+#endif

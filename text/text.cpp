@@ -1,0 +1,130 @@
+// The C interface: nothing is thrown across it.
+
+#include "sgbk/text.h"
+
+#include <new>
+
+#include "converter.h"
+#include "library_tables.h"
+
+using namespace sgbk::text;
+
+struct sgbk_converter {
+  sgbk_converter(Source source, Target target) : converter(source, target) {}
+
+  Converter converter;
+  std::string error;
+};
+
+namespace {
+
+constexpr char kNoMemory[] = "not enough memory";
+
+// Calls `work` and keeps what went wrong.
+template <class Work>
+sgbk_result attempt(sgbk_converter* c, Work work) {
+  try {
+    try {
+      work();
+      return SGBK_OK;
+    } catch (const Failure& failure) {
+      c->error = failure.what();
+      return failure.result;
+    }
+  } catch (const std::bad_alloc&) {
+    // Short enough to need no memory.
+    c->error.assign("no memory");
+    return SGBK_NO_MEMORY;
+  }
+}
+
+template <class Name, class Find>
+const char* firstName(const char* name, Find find) {
+  try {
+    const auto found = find(name);
+    return found ? nameOf(*found) : nullptr;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+template <class Row>
+const Row* table(std::span<const Row> rows, size_t* count) {
+  *count = rows.size();
+  return rows.data();
+}
+
+}  // namespace
+
+extern "C" {
+
+sgbk_converter* sgbk_open(const char* from, const char* to) {
+  try {
+    const auto source = sourceNamed(from);
+    const auto target = targetNamed(to);
+    return source && target ? new sgbk_converter(*source, *target) : nullptr;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+sgbk_result sgbk_set(sgbk_converter* c, const char* option, const char* value) {
+  return attempt(c, [&] { c->converter.set(option, value); });
+}
+
+sgbk_result sgbk_convert(sgbk_converter* c, const void* in, size_t size, int last, const char** out,
+                         size_t* out_size) {
+  const sgbk_result result =
+      attempt(c, [&] { c->converter.convert({static_cast<const char*>(in), size}, last != 0); });
+  const std::string_view text = c->converter.output();
+  *out = text.empty() ? "" : text.data();
+  *out_size = text.size();
+  return result;
+}
+
+const sgbk_loss* sgbk_losses(const sgbk_converter* c, size_t* count) {
+  const auto& losses = c->converter.account().losses();
+  *count = losses.size();
+  return losses.data();
+}
+
+const sgbk_counts* sgbk_count(const sgbk_converter* c) { return &c->converter.account().counts(); }
+uint64_t sgbk_lost(const sgbk_converter* c) { return c->converter.account().lost(); }
+const char* sgbk_source(const sgbk_converter* c) { return nameOf(c->converter.source()); }
+const char* sgbk_error(const sgbk_converter* c) { return c->error.c_str(); }
+
+void sgbk_reset(sgbk_converter* c) {
+  c->converter.reset();
+  c->error.clear();
+}
+
+void sgbk_close(sgbk_converter* c) { delete c; }
+
+const char* sgbk_detect(const void* in, size_t size, int whole) {
+  try {
+    libraryTables();
+    const std::string_view text(static_cast<const char*>(in), size);
+    Detector detector;
+    const auto verdict = detector.look(text, whole != 0);
+    return verdict.source ? nameOf(*verdict.source) : nullptr;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+const char* sgbk_source_name(const char* name) { return firstName<Source>(name, sourceNamed); }
+const char* sgbk_target_name(const char* name) { return firstName<Target>(name, targetNamed); }
+const sgbk_encoding* sgbk_sources(size_t* count) { return table(sources(), count); }
+const sgbk_encoding* sgbk_targets(size_t* count) { return table(targets(), count); }
+const sgbk_option* sgbk_options(size_t* count) { return table(optionTable(), count); }
+
+const char* sgbk_reason_name(int reason) {
+  switch (reason) {
+    case SGBK_MALFORMED: return "malformed";
+    case SGBK_UNDEFINED: return "undefined";
+    case SGBK_NOT_IN_TARGET: return "not in the target";
+    default: return "replaced";
+  }
+}
+
+}  // extern "C"
