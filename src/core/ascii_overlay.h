@@ -16,7 +16,7 @@ constexpr gchar_t widenedAscii(Byte c) {
   if (c == 0x00) return 0;
   if (c == 0x01) return unitOf(0x01, ' ');
   if (c == '\n' || c == '\r') return RETURN_CONVERSION_CHAR;
-  // The cells of these two in row A3 are the yen sign and the macron.
+  // In row A3, the places of these two hold the yen sign and the macron.
   if (c == '$') return unitOf(0xA1, 0xE7);
   if (c == LAST_DBC) return unitOf(0xA1, 0xAB);
   if (FIRST_DBC <= c && c < LAST_DBC) return unitOf(0xA3, static_cast<Byte>(c + 0x80));

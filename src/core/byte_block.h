@@ -1,5 +1,5 @@
-// Eight bytes of text at once: most text is runs of ASCII and of double-byte characters, and one
-// test for eight bytes that are alike replaces a test and a jump for each character.
+// Eight bytes of text at once. Most text consists of runs of ASCII and runs of double-byte
+// characters, where one test of eight bytes replaces a test and a jump for each character.
 
 #ifndef SGBK_CORE_BYTE_BLOCK_H
 #define SGBK_CORE_BYTE_BLOCK_H
@@ -26,8 +26,8 @@ constexpr Block inEveryUnit(gchar_t unit) { return Block{0x0001000100010001} * u
 
 constexpr bool isAllAscii(Block block) { return (block & inEveryByte(0x80)) == 0; }
 
-// True for four pairs with a lead byte in front: 81..FE keeps its top bit when 1 is added to it
-// and when 1 is taken away, and no other byte does both.
+// True for four pairs that begin with a lead byte. 81..FE keep the top bit when 1 is added and when
+// 1 is subtracted; no other byte does both.
 constexpr bool isAllPairs(Block block) {
   constexpr Block kOne = inEveryUnit(1);
   constexpr Block kTop = inEveryUnit(0x80);

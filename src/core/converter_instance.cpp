@@ -50,7 +50,7 @@ int EncodingConvertor::initializeInstance(const char* pathname) {
   if (instance != nullptr) return 0;
   std::unique_ptr<EncodingConvertor> converter(new (std::nothrow) EncodingConvertor);
   if (converter == nullptr || converter->initialize(pathname) < 0) return -1;
-  // A thread that sees the pointer in getInstance also sees the tables behind it.
+  // A thread that gets the pointer from getInstance also sees complete tables.
   std::atomic_ref(instance).store(converter.release(), std::memory_order_release);
   return 0;
 }

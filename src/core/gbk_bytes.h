@@ -1,4 +1,4 @@
-// One character between bytes and gchar_t. Bytes may stand at any address.
+// Converting a character between bytes and gchar_t. Bytes may be at any address.
 
 #ifndef SGBK_CORE_GBK_BYTES_H
 #define SGBK_CORE_GBK_BYTES_H
@@ -35,14 +35,15 @@ inline constexpr Byte trailOf(gchar_t unit) { return static_cast<Byte>(unit >> 8
 inline constexpr bool isLeadByte(Byte b) { return static_cast<Byte>(b - 0x81) <= 0xFE - 0x81; }
 inline constexpr bool isAscii(Byte b) { return b < 0x80; }
 
-// Leads of characters that are neither blank nor symbol nor letter: 81..9F and B0..F7. Text mixes
-// both ranges, so they are told by one test and one jump: a bit for each eight bytes.
+// Lead bytes of characters that are neither blank nor symbol nor letter: 81..9F and B0..F7. Text
+// mixes the two ranges, so one test with one jump covers both, in a mask with a bit for each eight
+// bytes.
 inline constexpr bool isIdeographLead(Byte b) {
   constexpr std::uint32_t kEights = 0x7FCF0000;  // 80..9F and B0..F7
   return ((kEights >> (b >> 3)) & (b != 0x80 ? 1u : 0u)) != 0;
 }
 
-// The same for units, where a single byte may stand in place of a lead.
+// The same for units, whose low byte may also be a single byte.
 inline constexpr bool isSingleOrIdeograph(gchar_t unit) {
   constexpr std::uint32_t kEights = 0x7FCFFFFF;  // 00..9F and B0..F7
   return (kEights >> ((unit & 0xFF) >> 3) & 1) != 0;

@@ -1,4 +1,4 @@
-// The ASCII byte behind a full-width character.
+// The ASCII byte that a full-width character stands for.
 
 #ifndef SGBK_CORE_HALF_WIDTH_H
 #define SGBK_CORE_HALF_WIDTH_H

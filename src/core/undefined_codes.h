@@ -1,4 +1,5 @@
-// Whether undefined GBK codes must be recognised one by one, or the table has done it already.
+// Whether each code must be tested for being undefined, or the table already blanks undefined
+// codes.
 
 #ifndef SGBK_CORE_UNDEFINED_CODES_H
 #define SGBK_CORE_UNDEFINED_CODES_H
@@ -8,11 +9,11 @@
 namespace sgbk {
 
 // True when the loaded traditional-to-simplified table holds CHINESE_SPACE_CHAR at every undefined
-// code, as ours does: looking a code up is then all there is to do. Another table library may hold
-// anything there. Set before the converter is published, constant while it exists.
+// code, as ours does, so that a lookup is enough. Another table library may hold anything there.
+// Set before the converter is published, and constant while it exists.
 extern bool tableBlanksUndefinedCodes;
 
-// Calls `convert` with the look-up of a double-byte code in `t2stable`: the simplified character,
+// Calls `convert` with the lookup of a double-byte code in `t2stable`: the simplified character,
 // or CHINESE_SPACE_CHAR for an undefined code.
 template <class Convert>
 auto withSimplifiedLookup(const gchar_t* t2stable, Convert convert) {

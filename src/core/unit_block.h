@@ -1,4 +1,4 @@
-// Eight 16-bit units at once, be they code units or double-byte characters, in the compilers' own
+// Eight 16-bit units at once, code units or double-byte characters, in the compilers' own
 // vectors: one instruction for eight units on every 64-bit processor.
 
 #ifndef SGBK_CORE_UNIT_BLOCK_H
@@ -62,7 +62,7 @@ inline Block lowBytes(Units units) {
   return reinterpret_cast<Block>(__builtin_convertvector(units, Bytes));
 }
 
-// Of units that have all bits or none: the same number of bits for each.
+// For units with all bits or none set: the same number of bits for each unit.
 inline auto bitsOf(Units units) {
 #ifdef __SSE2__
   return static_cast<std::uint16_t>(_mm_movemask_epi8(reinterpret_cast<__m128i>(units)));

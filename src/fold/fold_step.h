@@ -1,4 +1,4 @@
-// One character of GBK text in half-width form: the step that all folding operations share.
+// Folding one character of GBK text to half-width: the step that all folding operations share.
 
 #ifndef SGBK_FOLD_FOLD_STEP_H
 #define SGBK_FOLD_FOLD_STEP_H
@@ -9,14 +9,14 @@
 
 namespace sgbk {
 
-// Text of a known length. A NUL is a character of it.
+// Text of a given length, in which a NUL is a character.
 class CountedInput {
  public:
   CountedInput(const char* src, std::size_t srclen) : psrc(bytesOf(src)), psrcend(psrc + srclen) {}
   bool atEnd() const { return psrc == psrcend; }
   bool hasPair() const { return reach() >= 2; }
 
-  // The bytes in which the end need not be looked for, and what tells a trail byte among them.
+  // How many bytes can be read without looking for the end, and which of them can be trail bytes.
   static constexpr bool mayReadAhead = true;
   std::ptrdiff_t reach() const { return psrcend - psrc; }
   static bool isTrail(Byte) { return true; }
@@ -27,14 +27,14 @@ class CountedInput {
   const Byte* const psrcend;
 };
 
-// Text ended by a NUL, which is no trail byte either.
+// Text ended by a NUL, which is not taken as a trail byte.
 class TerminatedInput {
  public:
   explicit TerminatedInput(const char* src) : psrc(bytesOf(src)) {}
   bool atEnd() const { return *psrc == 0; }
   bool hasPair() const { return isTrail(psrc[1]); }
 
-  // No byte may be read before the one in front of it is known not to be the NUL.
+  // A byte may be read only after the byte before it turned out not to be the NUL.
   static constexpr bool mayReadAhead = false;
   static std::ptrdiff_t reach() { return PTRDIFF_MAX; }
   static bool isTrail(Byte b) { return b != 0; }
@@ -42,7 +42,7 @@ class TerminatedInput {
   const Byte* psrc;
 };
 
-// Where folded characters go when there is room for what is put.
+// Where folded characters are written. The caller makes sure that there is room.
 struct FoldedOutput {
   char* pdest;
   // Bytes in memory order: one, a double-byte character, or a block.
@@ -59,11 +59,11 @@ constexpr Byte loweredAscii(Byte b) {
   return static_cast<Byte>(b + (sgbk_detail::within(b, 'A', 'Z') ? 'a' - 'A' : 0));
 }
 
-// Takes the next character of `in`, which is not at its end, and puts what stands for it: at most
-// two bytes.
-// unfolded   called with the pair as read and the same pair after case folding, for a character
+// Takes the next character of `in`, which is not at its end, and writes its half-width form: at
+// most two bytes. unfolded   called with the pair as read and the same pair after case folding, for
+// a character
 //            that has no ASCII form; returns the two bytes to write as a unit
-// Inlined wherever it is called, or the positions would live in memory instead of registers.
+// Always inlined, since otherwise the positions would live in memory instead of registers.
 template <SpaceTab spaceTab, Yen yen, class Input, class Unfolded>
 [[gnu::always_inline]] inline void foldNext(Input& in, FoldedOutput& out, bool ifcase,
                                             Unfolded unfolded) {
@@ -77,7 +77,7 @@ template <SpaceTab spaceTab, Yen yen, class Input, class Unfolded>
     in.psrc += 1;
     return out.put(ifcase ? loweredAscii(b) : b);
   }
-  if (b == 0x80 || !in.hasPair()) {  // a lead byte alone at the end is no character
+  if (b == 0x80 || !in.hasPair()) {  // a lone lead byte at the end is dropped
     in.psrc += 1;
     return;
   }

@@ -1,4 +1,4 @@
-// Folding text into a buffer and cutting what does not fit: the loop of sbc2dbc and gchar2big5.
+// Folding text into a buffer and truncating it if necessary: the loop of sbc2dbc and gchar2big5.
 
 #ifndef SGBK_FOLD_FOLD_TO_FIT_H
 #define SGBK_FOLD_FOLD_TO_FIT_H
@@ -10,12 +10,12 @@
 
 namespace sgbk {
 
-// When a character no longer fits: when its own bytes do not, or already when a double-byte one
+// When the room is used up: when the next character does not fit, or as soon as a double-byte one
 // would not.
 enum class Room { forThisCharacter, forAnyCharacter };
 
-// takeRun      called with the input, the output and its room, for characters that need no look
-//              at each; returns false when the next one does
+// takeRun      called with the input, the output and its room, to take several simple characters at
+//              once; returns false when there are none
 // takeNext     called with the input and the output; folds the next character
 // lowestTrail  as for endWithEllipsis
 // Returns      the bytes written before the NUL
@@ -24,7 +24,7 @@ int foldToFit(Input in, char* dest, int destlen, Byte lowestTrail, TakeRun takeR
               TakeNext takeNext) {
   if (destlen <= 0) return 0;
   FoldedOutput out{dest};
-  char* const destend = dest + destlen - 1;  // the NUL stands here at the latest
+  char* const destend = dest + destlen - 1;  // the last place for the NUL
   while (!in.atEnd()) {
     const std::ptrdiff_t free = destend - out.pdest;
     if (free >= 2 && takeRun(in, out, free)) continue;

@@ -11,7 +11,7 @@ int EncodingConvertor::gchar2big5(const char* src, char* dest, int destlen, bool
   return foldToFit<Room::forAnyCharacter>(
       TerminatedInput(src), dest, destlen, kLowestTrail, noRun,
       [=](TerminatedInput& in, FoldedOutput& out) {
-        // Other alphabets keep their case: the table is asked for the pair as read.
+        // The pair as read is looked up, so other alphabets keep their case.
         foldNext<SpaceTab::merged, Yen::dollar>(
             in, out, ifcase, [table](gchar_t pindex, gchar_t) { return table[pindex]; });
       });

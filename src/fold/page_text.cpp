@@ -9,7 +9,7 @@
 
 namespace {
 
-// The character reference for a full-width markup character, empty for any other one.
+// The character reference for a full-width markup character, empty for other characters.
 std::string_view referenceFor(gchar_t pair) {
   switch (pair) {
     case sgbk::unitOf(0xA3, 0xA6): return "&amp;";
@@ -43,7 +43,7 @@ int decodelibpage(const char* src, size_t srclen, char* dest, size_t destsize, b
         continue;
       }
     }
-    // A double-byte character may fill the first reserved byte; the text is too long then.
+    // A double-byte character may fill the first reserved byte; then the text is too long.
     foldNext<SpaceTab::kept, Yen::kept>(in, out, ifcase,
                                         [](gchar_t, gchar_t lowered) { return lowered; });
   }

@@ -1,4 +1,4 @@
-// Text folded several characters at once: ASCII, or ideographs and full-width characters.
+// Folding several characters at once: ASCII, or ideographs and full-width characters.
 
 #ifndef SGBK_FOLD_PLAIN_BLOCK_H
 #define SGBK_FOLD_PLAIN_BLOCK_H
@@ -20,8 +20,8 @@ constexpr Block bytesWithin(Block ascii, Byte first, Byte last) {
 
 constexpr Block lowered(Block ascii) { return ascii + (bytesWithin(ascii, 'A', 'Z') >> 2); }
 
-// Eight pairs folded without a jump, since where the symbols stand in text cannot be foreseen.
-// Pairs from the first one on that are neither ideographs nor of the rows A1 and A3 are left alone.
+// Folds eight pairs without a jump, since no processor can predict where text has symbols. Leaves
+// out the first pair that is neither an ideograph nor in row A1 or A3, and those after it.
 class FoldedPairs {
  public:
   FoldedPairs(Units pairs, bool ifcase) {
@@ -47,7 +47,7 @@ class FoldedPairs {
 
   int count() const { return count_; }
 
-  // Puts one of them. May leave a byte behind it.
+  // Writes one of them, and maybe one byte after it that does not count.
   void put(int i, FoldedOutput& out) const {
     storeUnit(out.pdest, units_[i]);
     out.pdest += 1 + static_cast<std::ptrdiff_t>(unfolded_ >> 8 * i & 1);
@@ -59,14 +59,14 @@ class FoldedPairs {
   int count_;
 };
 
-// Takes characters of `in` that need no look at each: ASCII, and eight pairs at once or a run of
-// ideographs where nothing may be read ahead. False when there are none.
+// Takes several simple characters of `in`: ASCII, eight pairs at once, or, where the input may not
+// be read ahead, a run of ideographs. Returns false when there are none.
 template <class Input>
 [[gnu::always_inline]] inline bool takePlainRun(Input& in, FoldedOutput& out, std::ptrdiff_t room,
                                                 bool ifcase) {
   const Byte* psrc = in.psrc;
   if (isAscii(*psrc)) {
-    // One byte less, since a TAB behind a space would merge with it.
+    // One byte less, since a space merges with a TAB that follows it.
     auto left = std::min(room, in.reach() - 1);
     for (; in.mayReadAhead && left >= kBlockBytes; left -= kBlockBytes) {
       const Block block = loadBlock(psrc);
@@ -81,7 +81,7 @@ template <class Input>
       ++psrc;
     }
   } else if (in.mayReadAhead) {
-    // Whatever comes next finds room for two bytes more and covers the one that may be left behind.
+    // Two bytes of room stay for what comes next, which overwrites the byte that does not count.
     for (auto left = std::min(room - 2, in.reach()); left >= 2 * kBlockUnits;
          left -= 2 * kBlockUnits) {
       const FoldedPairs pairs(loadUnits(psrc), ifcase);

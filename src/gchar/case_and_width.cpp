@@ -1,4 +1,4 @@
-// Case and width of single characters, and of arrays of them.
+// Case and width of single characters, and case of arrays.
 
 #include "core/half_width.h"
 #include "sgbk/EncodingConvertor.h"

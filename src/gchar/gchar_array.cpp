@@ -11,31 +11,31 @@ namespace {
 
 enum class Dropped { nothing, separators };
 
-// FD A1 and FD A2 separate cached pieces of text; they are no characters of it.
+// FD A1 and FD A2 separate cached pieces of text and are not part of it.
 bool isSeparator(gchar_t code) {
   return code == sgbk::unitOf(0xFD, 0xA1) || code == sgbk::unitOf(0xFD, 0xA2);
 }
 
-// 01..7F: one test for the terminator too.
+// 01..7F: one test covers the terminator too.
 bool isAsciiCharacter(Byte b) { return static_cast<signed char>(b) > 0; }
 
-// Reads nothing behind a terminator.
+// Reads nothing after a terminator.
 bool areFourAscii(const Byte* in) {
   return isAsciiCharacter(in[0]) && isAsciiCharacter(in[1]) && isAsciiCharacter(in[2]) &&
          isAsciiCharacter(in[3]);
 }
 
-// The loop of all three conversions. `ascii` gives the unit of a single byte, `pair` that of a
-// double-byte code, undefined ones included.
+// The loop of all three conversions. `ascii` returns the unit for a single byte, `pair` the unit
+// for a double-byte code, undefined ones included.
 template <Dropped dropped, class Ascii, class Pair>
 int fillArray(const char* src, gchar_t* dest, int destlen, Ascii ascii, Pair pair) {
   const Byte* in = sgbk::bytesOf(src);
   gchar_t* out = dest;
   gchar_t* const end = destlen > 0 ? dest + destlen : dest;
   while (*in != 0) {
-    // Any further byte fails a full array: the terminator would not fit either.
+    // In a full array any further byte is a failure: the terminator would not fit either.
     if (out == end) return -1;
-    // Runs of one kind have loops of their own.
+    // Each kind of run has its own loop.
     while (end - out >= 4 && areFourAscii(in)) {
       sgbk::unrolled<4>([=](int i) { out[i] = ascii(in[i]); });
       in += 4;
@@ -49,8 +49,7 @@ int fillArray(const char* src, gchar_t* dest, int destlen, Ascii ascii, Pair pai
       *out++ = pair(code);
     }
     if (out == end || sgbk::isAscii(*in)) continue;
-    // 80, FF, or a lead byte in front of the terminator, which is its trail byte and still ends the
-    // text.
+    // 80, FF, or a lead byte before the terminator, which is its trail byte and also ends the text.
     if (sgbk::isLeadByte(*in)) *out++ = pair(*in);
     in += 1;
   }
@@ -59,7 +58,7 @@ int fillArray(const char* src, gchar_t* dest, int destlen, Ascii ascii, Pair pai
   return static_cast<int>(out - dest);
 }
 
-// Lower-casing follows the mapping. The outcomes for single bytes are known beforehand.
+// Case is folded after the mapping. For single bytes the results are known in advance.
 constexpr sgbk::AsciiRow kFoldedAscii =
     sgbk::asciiRow([](Byte c) { return toLowerCase(sgbk::widenedAscii(c)); });
 

@@ -9,8 +9,8 @@ using sgbk::Byte;
 
 namespace {
 
-// The loop of both conversions. `ascii` is the table whose first entries are the widened ASCII
-// characters; `lookup` gives the unit for a double-byte code.
+// The loop of both conversions. `ascii` is a table whose first entries are the widened ASCII
+// characters; `lookup` returns the unit for a double-byte code.
 template <class Lookup>
 int convertPairs(const char* src, int srclen, char* dest, int destlen, const gchar_t* ascii,
                  Lookup lookup) {
@@ -49,7 +49,7 @@ int convertPairs(const char* src, int srclen, char* dest, int destlen, const gch
     }
     for (; steps > 0; --steps) takeCharacter();
   }
-  // Without room, or with a single byte left: a lead byte there has no character to give.
+  // There is no room, or a single byte is left, which is dropped if it is a lead byte.
   if (in != end && out.room() > 0 && sgbk::isAscii(*in)) out.write(ascii[*in]);
   return out.written();
 }

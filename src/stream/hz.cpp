@@ -3,7 +3,7 @@
 //                                  hz2sgbk                          hzgb2gbk
 //   ASCII byte                     widened                          as it is
 //   80, ASCII mode                 its table entry                  as it is
-//   81..FF, ASCII mode             copied with the byte behind it;  as it is
+//   81..FF, ASCII mode             copied with the byte after it;   as it is
 //                                  as the last byte its table entry
 //   "~~"  "~" LF                   the tilde, the line end          the tilde, the line end
 //   "~" and another byte           both dropped                     the tilde, then that byte
@@ -47,7 +47,7 @@ int convertHz(const char* src, int srclen, char* dest, int destlen, const gchar_
   const Byte* in = sgbk::bytesOf(src);
   const Byte* const end = in + srclen;
   bool hz_ascii_mode = true;
-  // Inlined wherever it is called, or the positions would live in memory instead of registers.
+  // Always inlined, since otherwise the positions would live in memory instead of registers.
   const auto takeStep = [&]() __attribute__((always_inline)) {
     const Byte b = in[0];
     const Byte next = in[1];

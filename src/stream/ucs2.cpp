@@ -41,7 +41,7 @@ int EncodingConvertor::uc2sgbk(const unsigned short* src, int srclen, char* dest
     }
     for (; steps > 0; --steps) takeUnit();
   }
-  // One byte of room: it waits for an ASCII character, and a two-byte one ends the conversion.
+  // One byte of room: an ASCII character takes it, a two-byte character ends the conversion.
   for (; in != end && out != outEnd; ++in) {
     if (*in <= 0x7F) {
       *out++ = static_cast<char>(*in);

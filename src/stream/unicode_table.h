@@ -8,7 +8,7 @@
 
 namespace sgbk {
 
-// The table's entry for a code point without a GBK form.
+// The table entry of a code point without a GBK form.
 inline constexpr gchar_t kUnmapped = 0x3F3F;
 inline constexpr unsigned short kByteOrderMark = 0xFEFF;
 

@@ -1,4 +1,4 @@
-// How much a conversion to double-byte GBK may write, and how many of its steps need no test.
+// The output of a conversion to double-byte GBK, and how many units still fit.
 
 #ifndef SGBK_STREAM_UNIT_OUTPUT_H
 #define SGBK_STREAM_UNIT_OUTPUT_H
@@ -11,7 +11,7 @@
 namespace sgbk {
 
 // The write position and the end of the output. Every unit takes two bytes, so a last odd byte is
-// not part of it.
+// not used.
 struct UnitOutput {
   char* const begin;
   char* next;

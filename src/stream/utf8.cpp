@@ -12,7 +12,7 @@ bool isContinuation(Byte b) { return (b & 0xC0) == 0x80; }
 bool isTwoByteLead(Byte b) { return (b & 0xE0) == 0xC0; }
 bool isThreeByteLead(Byte b) { return (b & 0xF0) == 0xE0; }
 
-// What a block begins with: a three-byte group, or two of them.
+// Whether a block begins with a three-byte group, or with two.
 bool isGroup(sgbk::Block block) { return (block & 0xC0C0F0) == 0x8080E0; }
 bool isTwoGroups(sgbk::Block block) { return (block & 0xC0C0F0C0C0F0) == 0x8080E08080E0; }
 
@@ -45,7 +45,7 @@ class Utf8Decoder {
     const Byte* in = in_;
     sgbk::UnitOutput out = out_;
     // A step reads three bytes and writes one unit at most, so this many need no test of the ends,
-    // and three of them cover a block and the byte behind it.
+    // and three of them cover a block and the byte after it.
     for (auto steps = std::min(left() / 3, out.room()); steps >= 3;) {
       const sgbk::Block block = sgbk::loadBlock(in);
       if (sgbk::isAllAscii(block) && steps >= 8 && !isContinuation(in[8])) {
@@ -77,10 +77,9 @@ class Utf8Decoder {
     return in_ != end_ && out_.room() > 0;
   }
 
-  // Each of these takes what its lead byte asks for, or returns false when the end of the input
-  // cuts it off.
+  // Each of these takes one sequence, or returns false when it is cut off by the end of the input.
 
-  // The byte behind the lead is taken whatever it is.
+  // The byte after the lead byte is taken whatever it is.
   bool takeTwoByteGroup() {
     if (left() < 2) return false;
     const gchar_t unit = table_[(in_[0] & 0x1F) << 6 | (in_[1] & 0x3F)];
@@ -95,7 +94,7 @@ class Utf8Decoder {
       in_ += 3;
       return true;
     }
-    // The start of a character that was cut off by a whole one.
+    // The start of a character, cut off by a complete one.
     if (isThreeByteLead(in_[2]) && left() >= 5 && isContinuation(in_[3]) &&
         isContinuation(in_[4])) {
       in_ += 2;
@@ -112,7 +111,7 @@ class Utf8Decoder {
       writeGroup();
       return true;
     }
-    // Text that has had ASCII is taken for Latin-1 where it is no UTF-8.
+    // After the first ASCII, bytes that are not UTF-8 are read as Latin-1.
     if (ifCurrentASCII) out_.write(table_[*in_]);
     in_ += 1;
     return true;
@@ -123,7 +122,7 @@ class Utf8Decoder {
     in_ += 3;
   }
 
-  // `codePoint` counts modulo 65536.
+  // Only the low 16 bits of `codePoint` count.
   void write(sgbk::Block codePoint, sgbk::UnitOutput& out) const {
     const auto index = static_cast<unsigned short>(codePoint);
     const gchar_t unit = table_[index];

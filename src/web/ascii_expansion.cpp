@@ -26,7 +26,7 @@ int deEscHtml(const char* pescstr, char* pdesc) {
     return std::strcmp(pescstr, candidate.pesc) == 0;
   });
   if (entity != nullptr) return writeExpansion(*entity, pdesc);
-  // An unknown name gives its first character back.
+  // For an unknown name, its first character is returned.
   pdesc[0] = pescstr[0];
   pdesc[1] = '\0';
   return 1;

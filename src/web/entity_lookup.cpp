@@ -8,8 +8,8 @@ namespace {
 
 constexpr UINT16 kUnknownEntity = 0xFFFE;
 
-// The row for which `compare` gives 0, or null. `compare` tells the order of the name looked for
-// against a row's: negative before it, positive behind it.
+// The row for which `compare` returns 0, or null. `compare` compares the wanted name with that of a
+// row, like strcmp.
 template <int size, class Compare>
 const tCharEntityMap* findRow(const tCharEntityMap (&table)[size], Compare compare) {
   int left = 0;
@@ -37,7 +37,7 @@ UINT16 decodeCharEntity(const char* reference) {
 }
 
 UINT16 decodeIrregularCharEntity(const char* reference, size_t& len) {
-  // No name begins with another one, so the order of prefixes is that of the names.
+  // No name is a prefix of another one, so comparing prefixes gives the same order.
   const auto* const row = findRow(charEntityIESet, [reference](const tCharEntityMap& entity) {
     return std::strncmp(reference, entity.pEntity, entity.esclen);
   });
