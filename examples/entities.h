@@ -19,9 +19,9 @@ inline std::string gbkBytes(UINT16 code) {
   return {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
 }
 
-// The GBK bytes for what stands behind an ampersand; `rest` is moved behind it. A name that is not
-// closed counts where browsers accept it so. What GBK lacks is written in ASCII where that is usual
-// ("copy" as "(C)"), and what is no entity stays as it is.
+// The GBK bytes for the entity after an ampersand; `rest` is moved past it. A name without its
+// semicolon is accepted where browsers accept it. What GBK lacks is written in ASCII where that is
+// usual ("copy" as "(C)"), and what is not an entity stays as it is.
 inline std::string takeEntity(const char*& rest) {
   const char* end = rest;
   std::string bytes;

@@ -1,8 +1,8 @@
-// Finds a text in another whatever its script, width and case: both become arrays of units of the
-// same kind, in which a search is a comparison of numbers.
+// Finds text regardless of script (traditional or simplified), width and case: query and text
+// become normalized arrays of units, and the search compares numbers.
 //
-//     find_text QUERY < text.gbk      QUERY in GBK; prints the matches, a line each
-//     find_text -x QUERY < text.gbk   the same characters only, though case and width may differ
+//     find_text QUERY < text.gbk      QUERY in GBK; prints each match on a line
+//     find_text -x QUERY < text.gbk   traditional and simplified characters differ
 
 #include <cstring>
 

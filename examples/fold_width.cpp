@@ -1,8 +1,8 @@
-// Full-width letters, digits and punctuation to their ASCII forms, a line at a time.
+// Full-width letters, digits and punctuation to ASCII, line by line.
 //
-//     fold_width title N < text.gbk   half width, at most N - 1 bytes a line, "..." where cut
-//     fold_width html < text.gbk      markup characters written as entities, for a page
-//     fold_width big5 < text.gbk      half width, and everything else in Big5
+//     fold_width title N < text.gbk   half-width, at most N - 1 bytes per line, truncated with
+//     "..." fold_width html < text.gbk      half-width, markup characters as entities fold_width
+//     big5 < text.gbk      half-width, everything else in Big5
 
 #include <sstream>
 

@@ -1,5 +1,5 @@
-// The text of a page without its tags and comments. Enough for well-formed pages such as those that
-// the examples read; a crawler takes an HTML parser.
+// The text of a page without its tags and comments. Good enough for the well-formed pages that the
+// examples read; a crawler should use an HTML parser.
 
 #ifndef SGBK_EXAMPLES_MARKUP_H
 #define SGBK_EXAMPLES_MARKUP_H
@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-// True for a tag inside a line of text: the words before and behind it belong together.
+// True for a tag inside a line of text, where the words before and after it belong together.
 inline bool isInline(std::string_view tag) {
   constexpr std::array<std::string_view, 9> names{"a",  "b",    "code",   "em", "i",
                                                   "tt", "span", "strong", "sup"};

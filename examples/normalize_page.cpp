@@ -1,5 +1,5 @@
-// The road that the library was made for: a page in traditional GBK becomes the text that goes into
-// an index. Simplified, capitals small, every character one unit, blanks and decoration thinned.
+// What the library was made for: a page in traditional GBK becomes text for a search index,
+// simplified, lower case, one unit per character, without excess blanks and decoration.
 //
 //     normalize_page < page.gbk.html > text.gbk
 
@@ -14,7 +14,7 @@ int main() {
   }
   const std::string text = withoutEntities(withoutMarkup(readAll(std::cin)));
 
-  // The array conversions read up to a NUL. One unit a byte is never too few.
+  // The array conversions read up to a NUL. One unit per byte is always enough.
   std::vector<gchar_t> units(text.size() + 1);
   const int count = EncodingConvertor::getInstance()->t2sgchar(
       text.c_str(), units.data(), static_cast<int>(units.size()), true);

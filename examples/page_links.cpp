@@ -1,6 +1,6 @@
-// The links of a page that stay on its site, each with its text as a reader sees it: entities
-// resolved, simplified, blanks and decoration thinned. Needs no parser, since quotes and angle
-// brackets are never the second byte of a character.
+// The links of a page that stay on its site, each with its text: entities resolved, simplified,
+// without excess blanks and decoration. It needs no parser, since quotes and angle brackets are
+// never the second byte of a character.
 //
 //     page_links < page.gbk.html > links.gbk
 

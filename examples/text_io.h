@@ -1,5 +1,5 @@
-// What the example programs share around the library: reading a whole file, and printing units as
-// text that a GBK terminal or editor shows.
+// Shared by the example programs: reading a whole file, and printing units as text for a GBK
+// terminal or editor.
 
 #ifndef SGBK_EXAMPLES_TEXT_IO_H
 #define SGBK_EXAMPLES_TEXT_IO_H
@@ -14,7 +14,8 @@
 #include <string>
 #include <vector>
 
-// Lengths are int in most operations: larger input is taken in pieces, which is the command's work.
+// Most operations take lengths as int. Larger input must be converted in pieces, as the command
+// does.
 inline std::string readAll(std::istream& in) {
   std::string bytes(std::istreambuf_iterator<char>(in), {});
   if (bytes.size() > INT_MAX / 4) {
@@ -24,8 +25,8 @@ inline std::string readAll(std::istream& in) {
   return bytes;
 }
 
-// The units as GBK text with ASCII in one byte. RETURN_CONVERSION_CHAR has to be looked for first:
-// to sbc2dbc it is a code without a character, which becomes a space.
+// The units as GBK text with ASCII in one byte. RETURN_CONVERSION_CHAR needs care: for sbc2dbc it
+// is an undefined code, which becomes a space.
 inline std::string halfWidth(const std::vector<gchar_t>& units) {
   std::string text;
   auto line = units.begin();

@@ -1,4 +1,4 @@
-// Byte streams of five encodings to simplified GBK.
+// Byte streams in five encodings to simplified GBK.
 //
 //     to_simplified big5|gbk|utf-8|ucs-2le|hz < page > text.gbk
 
@@ -36,7 +36,7 @@ int main(int argc, char** argv) {
   const std::string src = readAll(std::cin);
   if (EncodingConvertor::initializeInstance(nullptr) != 0) return 3;
 
-  // Double-byte output: two bytes for every byte of input always suffice, and nothing ends it.
+  // Double-byte output: two bytes per byte of input are always enough, and there is no terminator.
   std::vector<gchar_t> units(src.size());
   const int written = convert(*EncodingConvertor::getInstance(), argc == 2 ? argv[1] : "", src,
                               reinterpret_cast<char*>(units.data()),

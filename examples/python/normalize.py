@@ -1,4 +1,4 @@
-"""Text in big5, gbk, utf-8 or hz to simplified, trimmed text in small letters, printed in UTF-8.
+"""Text in big5, gbk, utf-8 or hz to simplified, trimmed, lower-case text, printed in UTF-8.
 
     python3 normalize.py big5 < text
 """
@@ -9,7 +9,7 @@ import sgbk
 
 
 def lines(units):
-    """The lines of double-byte text. A byte of a character may equal one of a line end."""
+    """The lines of double-byte text. A character may contain a byte of the line end."""
     pairs = [units[i:i + 2] for i in range(0, len(units), 2)]
     while pairs:
         end = pairs.index(sgbk.LINE_END) if sgbk.LINE_END in pairs else len(pairs)

@@ -1,8 +1,7 @@
-"""The library from Python, by the symbols that it exports: no build step, no package.
+"""The library from Python, through its exported symbols: no build step, no package.
 
-Double-byte GBK, in which every character takes two bytes, is a bytes object here; an array of
-units is the same bytes on a little-endian machine. SGBK_LIBRARY names the library where it is not
-installed.
+Double-byte GBK, in which every character takes two bytes, is a bytes object here; on a little-endian
+machine an array of units is the same bytes. SGBK_LIBRARY names a library that is not installed.
 """
 
 import ctypes
@@ -40,7 +39,7 @@ _STREAMS = {
 
 
 class Converter:
-    """The one converter of the process, for the length of a with statement."""
+    """The one converter of the process, as a context manager."""
 
     def __enter__(self):
         if _initialize(None) != 0:
@@ -59,14 +58,14 @@ class Converter:
 
 
 def half_width(text, fold_case=False):
-    """GBK text with ASCII in place of full-width ASCII, and a space for what is no character."""
+    """GBK text with full-width ASCII as ASCII, and blanks and undefined codes as spaces."""
     room = ctypes.create_string_buffer(len(text) + 1)
     length = _sbc2dbc(text, len(text), room, len(room), fold_case)
     return room.raw[:length]
 
 
 def trim(text):
-    """Double-byte GBK with blanks, decoration and long runs of punctuation thinned."""
+    """Double-byte GBK without excess blanks, decoration and long runs of punctuation."""
     units = (c_uint16 * (len(text) // 2 + 1)).from_buffer_copy(text + b"\0\0")
     room = type(units)()
     length = _trim(units, len(units), room) - 1

@@ -1,4 +1,4 @@
-"""Pages of Debian's reference manual for Taiwan, brought to Big5, indexed and searched.
+"""Pages of Debian's reference manual for Taiwan, converted to Big5, indexed and searched.
 
     index_pages.py SEARCH      the program of search.cpp
 """
@@ -11,7 +11,7 @@ import tempfile
 
 HERE = pathlib.Path(__file__).resolve().parent
 
-# What a reader of simplified Chinese types, and what stands in the pages.
+# What a reader of simplified Chinese types, and what is on the pages.
 QUERIES = {"网络": "網絡", "软件包": "軟件包", "档案系统": "檔案系統", "编译器": "編譯器",
            "软体包管理": "軟體包管理", "數據": "數據"}
 

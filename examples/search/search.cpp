@@ -1,8 +1,8 @@
-// A search index over pages in Big5: the library brings them to simplified GBK, friso finds the
-// words, SQLite keeps them. A word is what the index can find, and the segmenter's dictionary knows
-// words in simplified characters.
+// A search index of pages in Big5: the library converts them to simplified GBK, friso finds the
+// words, SQLite stores them. The index can find words only, and the segmenter's dictionary has
+// words in simplified characters only.
 //
-//     search CONFIGURATION index DATABASE PAGE...   also prints what share of the ideographs stands
+//     search CONFIGURATION index DATABASE PAGE...   also prints the share of ideographs that are
 //                                                   in words, without the library and with it
 //     search CONFIGURATION find DATABASE QUERY      QUERY in UTF-8, in either script
 
@@ -67,7 +67,7 @@ size_t ideographsIn(const std::string& gbk) {
   return count;
 }
 
-// The part of the ideographs that stands in words of two characters and more.
+// The share of ideographs that are in words of two or more characters.
 struct Share {
   size_t inWords = 0, all = 0;
   void add(Segmenter& segmenter, const std::string& gbk) {
@@ -110,7 +110,7 @@ class Database {
   sqlite3* handle_ = nullptr;
 };
 
-// Words with spaces between them: the built-in tokenizer cuts there and nowhere else.
+// Words with spaces between them, which is where the built-in tokenizer splits.
 std::string spaced(Segmenter& segmenter, const std::string& gbk) {
   std::string words;
   segmenter.segment(gbk, [&words](const std::string& word) { words += word + ' '; });

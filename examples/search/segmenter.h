@@ -1,4 +1,4 @@
-// friso, a segmenter for Chinese text in GBK: the words of a text, one after the other.
+// friso, a segmenter for Chinese text in GBK: finds the words of a text.
 
 #ifndef SGBK_EXAMPLES_SEGMENTER_H
 #define SGBK_EXAMPLES_SEGMENTER_H
@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-// Behind the standard headers, since this one defines print() as a macro.
+// After the standard headers, since this one defines print() as a macro.
 extern "C" {
 #include <friso/friso.h>
 }
@@ -25,7 +25,7 @@ class Segmenter {
   Segmenter(const Segmenter&) = delete;
   Segmenter& operator=(const Segmenter&) = delete;
 
-  // Calls forWord with each word of GBK text, in their order; punctuation is left out.
+  // Calls forWord with each word of GBK text, in order; punctuation is left out.
   template <class ForWord>
   void segment(std::string gbk, ForWord forWord) {
     friso_set_text(task_, gbk.data());
