@@ -5,13 +5,11 @@
 
 #include <string>
 
-#include "sgbk/EncodingConvertor.h"
-
 namespace cli {
 
 // text  in the encoding of the locale; so is the result
 // Throws UsageError when it is not valid.
-std::string explain(EncodingConvertor& converter, const std::string& text);
+std::string explain(const std::string& text);
 
 }  // namespace cli
 

@@ -1,56 +1,92 @@
 #include "loss_report.h"
 
 #include <algorithm>
+#include <cstdio>
+
+#include "message.h"
 
 namespace cli {
+namespace {
 
-std::string_view nameOf(Reason reason) {
-  return reason == Reason::undefined ? "undefined" : "malformed";
-}
-
-std::string inHex(std::string_view bytes) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
+std::string bytesOf(const sgbk_loss& loss) {
   std::string hex;
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (!hex.empty()) hex += ' ';
-    hex += {kDigits[byte >> 4], kDigits[byte & 15]};
+  for (int i = 0; i < loss.size; ++i) {
+    char digits[4];
+    std::snprintf(digits, sizeof digits, i == 0 ? "%02X" : " %02X", loss.bytes[i]);
+    hex += digits;
   }
   return hex;
 }
 
-void LossReport::beginPiece(std::string_view piece) {
-  piece_ = piece;
-  counted_ = 0;
+// "U+1F600", empty where the input is not in Unicode.
+std::string codePointOf(const sgbk_loss& loss) {
+  if (loss.code_point == 0) return {};
+  char text[16];
+  std::snprintf(text, sizeof text, "U+%04X", static_cast<unsigned>(loss.code_point));
+  return text;
 }
 
-void LossReport::endPiece(std::size_t used) {
-  line_ += lineEnds_.count(piece_.substr(counted_, used - counted_));
-  offset_ += used;
-}
+}  // namespace
 
-void LossReport::add(Reason reason, std::size_t at, std::size_t size) {
-  add(reason, at, piece_.substr(at, size));
-}
-
-void LossReport::add(Reason reason, std::size_t at, std::string_view bytes) {
-  if (at >= counted_) {
-    line_ += lineEnds_.count(piece_.substr(counted_, at - counted_));
-  } else {
-    line_ -= lineEnds_.count(piece_.substr(at, counted_ - at));
+std::string summaryOf(const sgbk_counts& counts, std::uint64_t lost) {
+  std::string text = lost == 0 ? "none" : std::to_string(lost);
+  text = std::to_string(counts.characters) + " characters, " + text + " lost";
+  if (lost != 0) {
+    text = std::to_string(lost) + " of " + std::to_string(counts.characters) + " characters lost (";
+    const char* separator = "";
+    for (int reason = 0; reason < SGBK_REASONS; ++reason) {
+      if (reason == SGBK_REPLACED || counts.reasons[reason] == 0) continue;
+      text += separator + std::to_string(counts.reasons[reason]) + " " + sgbk_reason_name(reason);
+      separator = ", ";
+    }
+    text += ")";
   }
-  counted_ = at;
-  const Loss loss{line_, offset_ + at, std::string(bytes), reason};
-  if (lost() == 0 || loss.offset < first_.offset) first_ = loss;
-  ++counts_[static_cast<int>(reason)];
-  onLoss_(loss);
+  if (const auto replaced = counts.reasons[SGBK_REPLACED]; replaced != 0) {
+    text += ", " + std::to_string(replaced) + " replaced by ASCII";
+  }
+  if (lost == 0) return text;
+  const std::string codePoint = codePointOf(counts.first);
+  text += "; first: line " + std::to_string(counts.first.line) + ", byte " +
+          std::to_string(counts.first.offset) + ": " + bytesOf(counts.first);
+  return codePoint.empty() ? text : text + " (" + codePoint + ")";
 }
 
-std::string LossReport::summary() const {
-  return std::to_string(lost()) + " of " + std::to_string(characters_) + " characters lost (" +
-         std::to_string(counts_[0]) + " undefined, " + std::to_string(counts_[1]) +
-         " malformed); first: line " + std::to_string(first_.line) + ", byte " +
-         std::to_string(first_.offset) + ": " + inHex(first_.bytes);
+LossReport::LossReport(const std::string& path, std::uint64_t most) : most_(most) {
+  if (path.empty()) return;
+  output_ = std::make_unique<Output>(path);
+  text_ = "file\tline\tbyte\tbytes\treason\tcode point\n";
+}
+
+void LossReport::begin(const std::string& input) {
+  input_ = escaped(input);
+  left_ = most_;
+}
+
+void LossReport::add(const sgbk_converter* converter) {
+  constexpr std::size_t kBuffered = 1 << 16;
+  std::size_t count = 0;
+  if (output_ == nullptr || left_ == 0) return;
+  const sgbk_loss* loss = sgbk_losses(converter, &count);
+  for (const sgbk_loss* const end = loss + std::min<std::uint64_t>(count, left_); loss != end;
+       ++loss, --left_) {
+    text_ += input_ + '\t' + std::to_string(loss->line) + '\t' + std::to_string(loss->offset) +
+             '\t' + bytesOf(*loss) + '\t' + sgbk_reason_name(loss->reason) + '\t' +
+             codePointOf(*loss) + '\n';
+    if (text_.size() > kBuffered) flush();
+  }
+}
+
+void LossReport::finish(Placement& placement) {
+  if (output_ == nullptr || isBroken_) return;
+  flush();
+  placement.add(std::move(output_), {});
+}
+
+void LossReport::flush() {
+  isBroken_ = true;
+  output_->write(text_);
+  isBroken_ = false;
+  text_.clear();
 }
 
 }  // namespace cli

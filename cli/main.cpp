@@ -2,40 +2,35 @@
 
 #include <cstdio>
 
-#include "convert.h"
 #include "explain.h"
-#include "files.h"
+#include "input.h"
+#include "message.h"
 #include "options.h"
+#include "output.h"
+#include "run.h"
 #include "version.h"
 
 namespace {
 
 using cli::Status;
 
-Status print(const std::string& text) {
-  try {
-    cli::Output output;
-    output.write(text);
-    output.commit();
-    return Status::done;
-  } catch (const cli::OutputFailure& failure) {
-    if (!failure.isQuiet) cli::printMessage(failure.what());
-    return Status::failure;
-  }
+Status print(const std::string& text) try {
+  cli::Output output("-");
+  output.write(text);
+  output.finish(false);
+  return Status::done;
+} catch (const cli::OutputFailure& failure) {
+  if (!failure.isQuiet) cli::printMessage(failure.what());
+  return Status::failure;
 }
 
 Status run(int argc, char** argv) {
   const cli::Options options = cli::parseOptions(argc, argv);
   if (options.help) return print(cli::helpText());
-  if (options.list) return print(cli::encodingList());
+  if (options.encodings) return print(cli::encodingList());
   if (options.version) return print(cli::versionText());
-  if (EncodingConvertor::initializeInstance(nullptr) != 0) {
-    cli::printMessage("not enough memory");
-    return Status::failure;
-  }
-  EncodingConvertor& converter = *EncodingConvertor::getInstance();
-  if (options.explain) return print(cli::explain(converter, *options.explain));
-  return cli::convertFiles(converter, options);
+  if (options.explain) return print(cli::explain(*options.explain));
+  return cli::convertFiles(options);
 }
 
 }  // namespace
@@ -46,12 +41,15 @@ int main(int argc, char** argv) {
   try {
     status = run(argc, argv);
   } catch (const cli::UsageError& error) {
-    cli::printMessage(std::string(error.what()) + "\nTry 'sgbk --help'.");
+    cli::printMessage(error.what());
+    std::fputs("Try 'sgbk --help'.\n", stderr);
     status = Status::usage;
+  } catch (const std::bad_alloc&) {
+    cli::printMessage("not enough memory");
+    status = Status::failure;
   } catch (const std::exception& error) {
     cli::printMessage(error.what());
     status = Status::failure;
   }
-  EncodingConvertor::clear();
   return static_cast<int>(status);
 }

@@ -1,5 +1,7 @@
 // Writes the completion of a shell from the option table; run by the build.
 
+#include <sgbk/text.h>
+
 #include <cstdio>
 #include <iostream>
 #include <string>
@@ -12,11 +14,20 @@ namespace {
 using cli::Completion;
 using cli::OptionRow;
 
+std::string namesOf(const sgbk_encoding* (*all)(std::size_t*)) {
+  std::size_t count = 0;
+  std::string names;
+  for (const sgbk_encoding* row = all(&count); count != 0; ++row, --count) {
+    names.append(names.empty() ? "" : " ").append(row->name);
+  }
+  return names;
+}
+
 // The words that an argument may be, empty for a free one.
 std::string wordsFor(const OptionRow& row) {
   switch (row.completion) {
-    case Completion::source: return cli::sourceNames();
-    case Completion::target: return cli::targetNames();
+    case Completion::source: return namesOf(sgbk_sources);
+    case Completion::target: return namesOf(sgbk_targets);
     case Completion::when: return "auto always never";
     default: return {};
   }
@@ -24,6 +35,10 @@ std::string wordsFor(const OptionRow& row) {
 
 bool needsArgument(const OptionRow& row) {
   return row.argument != nullptr && !cli::hasOptionalArgument(row);
+}
+
+bool namesFile(const OptionRow& row) {
+  return row.completion == Completion::file || row.completion == Completion::folder;
 }
 
 // "-f|--from"
@@ -90,9 +105,10 @@ std::string forZsh() {
     if (row.argument != nullptr) {
       const std::string words = wordsFor(row);
       text += needsArgument(row) ? ":" : "::";
-      text += row.completion == Completion::file ? "file:_files"
-              : words.empty()                    ? "argument: "
-                                                 : "name:(" + words + ")";
+      text += row.completion == Completion::file     ? "file:_files"
+              : row.completion == Completion::folder ? "folder:_files -/"
+              : words.empty()                        ? "argument: "
+                                                     : "name:(" + words + ")";
     }
     text += "'";
   }
@@ -105,7 +121,7 @@ std::string forFish() {
     text += "complete -c sgbk";
     if (row.letter != 0) text += std::string(" -s ") + row.letter;
     text += std::string(" -l ") + row.name;
-    if (needsArgument(row)) text += row.completion == Completion::file ? " -r -F" : " -x";
+    if (needsArgument(row)) text += namesFile(row) ? " -r -F" : " -x";
     if (const std::string words = wordsFor(row); !words.empty()) text += " -a '" + words + "'";
     text += " -d '" + escaped(row.help, "'\\") + "'\n";
   }

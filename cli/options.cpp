@@ -1,106 +1,74 @@
 #include "options.h"
 
 #include <getopt.h>
+#include <sgbk/text.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <filesystem>
 
 namespace cli {
 namespace {
 
 [[noreturn]] void refuse(const std::string& message) { throw UsageError(message); }
 
-std::uint64_t numberFrom(const char* option, const char* text, std::uint64_t least,
-                         std::uint64_t most) {
+std::uint64_t numberFrom(const char* option, const char* text) {
   std::uint64_t number = 0;
   const char* const end = text + std::strlen(text);
   const auto [rest, error] = std::from_chars(text, end, number);
-  if (rest != end || error != std::errc() || number < least || number > most) {
-    refuse(std::string("--") + option + ": not a number from " + std::to_string(least) + " to " +
-           std::to_string(most) + ": '" + text + "'");
+  if (rest != end || error != std::errc()) {
+    refuse(std::string("--") + option + ": not a number: '" + text + "'");
   }
   return number;
 }
 
-void setFrom(Options& o, const char* name) {
-  const auto source = sourceNamed(name);
-  if (!source) refuse(std::string("unknown encoding '") + name + "'; sgbk --list shows the names");
-  o.from = *source;
-}
-
-void setTo(Options& o, const char* name) {
-  const auto target = targetNamed(name);
-  if (!target) refuse(std::string("cannot write '") + name + "'; sgbk --list shows the names");
-  o.to = *target;
-}
-
-// An empty name is a variable that was never set, not a wish for standard output.
-std::string fileFrom(const char* option, const char* name) {
-  if (*name == '\0') refuse(std::string("--") + option + ": the name of the file is empty");
+// An empty name is a variable that was never set, not a wish for the default.
+std::string nameFrom(const char* option, const char* name) {
+  if (*name == '\0') refuse(std::string("--") + option + ": the name is empty");
   return name;
 }
 
-void setProgress(Options& o, const char* when) {
-  const std::string_view word = when;
-  if (word == "auto") {
-    o.progress = When::automatic;
-  } else if (word == "always") {
-    o.progress = When::always;
-  } else if (word == "never") {
-    o.progress = When::never;
-  } else {
-    refuse(std::string("--progress: neither auto, always nor never: '") + when + "'");
-  }
+When whenFrom(const std::string& word) {
+  if (word == "auto") return When::automatic;
+  if (word == "always") return When::always;
+  if (word == "never") return When::never;
+  refuse("--progress: neither auto, always nor never: '" + word + "'");
 }
 
 using C = Completion;
 
-// Longer lines come in parts, and are cut as if a part were all.
-constexpr std::uint64_t kLongestCut = 1'000'000;
-
-constexpr OptionRow kOptions[] = {
-    {'f', "from", "NAME", C::source, "encoding of the input (auto)", setFrom},
-    {'t', "to", "NAME", C::target, "encoding of the output (gbk)", setTo},
+constexpr OptionRow kOwn[] = {
+    {'f', "from", "NAME", C::source, "encoding of the input (auto)",
+     [](Options& o, const char* a) { o.from = nameFrom("from", a); }},
+    {'t', "to", "NAME", C::target, "encoding of the output (gbk)",
+     [](Options& o, const char* a) { o.to = nameFrom("to", a); }},
     {'o', "output", "FILE", C::file, "write FILE, put in place when complete",
-     [](Options& o, const char* a) { o.output = fileFrom("output", a); }},
+     [](Options& o, const char* a) { o.output = nameFrom("output", a); }},
     {'i', "in-place", "[SUFFIX]", C::none, "replace each FILE; with SUFFIX keep the old one",
      [](Options& o, const char* a) {
        o.inPlace = true;
        if (a != nullptr) o.suffix = a;
      }},
-    {'E', "entities", nullptr, C::none, "resolve &name; and &#number;",
-     [](Options& o, const char*) { o.entities = true; }},
-    {'S', "simplify", nullptr, C::none, "traditional to simplified characters (the default)",
-     [](Options& o, const char*) { o.simplify = true; }},
-    {0, "no-simplify", nullptr, C::none, "keep traditional characters (from gbk and hz)",
-     [](Options& o, const char*) { o.simplify = false; }},
-    {'W', "half-width", nullptr, C::none, "full-width letters, digits and marks to ASCII",
-     [](Options& o, const char*) { o.halfWidth = true; }},
-    {'C', "fold-case", nullptr, C::none, "capitals to small letters",
-     [](Options& o, const char*) { o.foldCase = true; }},
-    {'P', "trim-punct", nullptr, C::none, "thin out blanks, decoration and long runs of marks",
-     [](Options& o, const char*) { o.trim = true; }},
-    {0, "html", nullptr, C::none, "-W, but full-width & < > become references",
-     [](Options& o, const char*) { o.html = true; }},
-    {0, "truncate", "N", C::none, "cut lines of more than N bytes, ending them with ...",
-     [](Options& o, const char* a) { o.truncate = numberFrom("truncate", a, 1, kLongestCut); }},
-    {0, "strict", nullptr, C::none, "stop before the line of the first loss, exit 1",
-     [](Options& o, const char*) { o.strict = true; }},
+    {0, "output-dir", "DIR", C::folder, "write each FILE under its name in DIR",
+     [](Options& o, const char* a) { o.outputFolder = nameFrom("output-dir", a); }},
+    {0, "files-from", "FILE", C::file, "convert the files named in FILE, one a line",
+     [](Options& o, const char* a) { o.list = nameFrom("files-from", a); }},
+    {0, "force", nullptr, C::none, "-i also where the text looks like another encoding",
+     [](Options& o, const char*) { o.force = true; }},
     {0, "fail-on-loss", nullptr, C::none, "finish, but exit 1 when anything was lost",
      [](Options& o, const char*) { o.failOnLoss = true; }},
     {0, "check", nullptr, C::none, "write nothing, exit 1 when anything would be lost",
      [](Options& o, const char*) { o.check = true; }},
     {0, "report", "FILE", C::file, "write a line about every loss to FILE",
-     [](Options& o, const char* a) { o.report = fileFrom("report", a); }},
+     [](Options& o, const char* a) { o.report = nameFrom("report", a); }},
     {0, "max-reports", "N", C::none, "at most N lines in the report of a file",
-     [](Options& o, const char* a) { o.maxReports = numberFrom("max-reports", a, 0, UINT64_MAX); }},
+     [](Options& o, const char* a) { o.maxReports = numberFrom("max-reports", a); }},
     {0, "explain", "TEXT", C::none, "show what becomes of each character of TEXT, and why",
      [](Options& o, const char* a) { o.explain = a; }},
     {'l', "list", nullptr, C::none, "list the encodings",
-     [](Options& o, const char*) { o.list = true; }},
-    {0, "progress", "WHEN", C::when, "auto, always or never", setProgress},
+     [](Options& o, const char*) { o.encodings = true; }},
+    {0, "progress", "WHEN", C::when, "auto, always or never",
+     [](Options& o, const char* a) { o.progress = whenFrom(a); }},
     {'q', "quiet", nullptr, C::none, "no account of losses, only errors",
      [](Options& o, const char*) { o.quiet = true; }},
     {'v', "verbose", nullptr, C::none, "an account of every file",
@@ -110,25 +78,33 @@ constexpr OptionRow kOptions[] = {
      [](Options& o, const char*) { o.version = true; }},
 };
 
+// What users of iconv type. -c and -s ask for what happens anyway.
+constexpr const char* kIdleLetters = "cs";
+constexpr option kOtherNames[] = {{"from-code", required_argument, nullptr, 'f'},
+                                  {"to-code", required_argument, nullptr, 't'},
+                                  {"silent", no_argument, nullptr, 's'}};
+
 // Rows without a letter are told apart by values that no letter has.
 constexpr int kFirstLongOnly = 0x100;
 
 std::vector<option> longOptions() {
   std::vector<option> options;
-  for (const OptionRow& row : kOptions) {
+  for (const OptionRow& row : optionTable()) {
     const int kind = row.argument == nullptr    ? no_argument
                      : hasOptionalArgument(row) ? optional_argument
                                                 : required_argument;
-    options.push_back(
-        {row.name, kind, nullptr, kFirstLongOnly + static_cast<int>(&row - kOptions)});
+    const auto number = static_cast<int>(&row - optionTable().data());
+    options.push_back({row.name, kind, nullptr,
+                       row.letter != 0 ? static_cast<int>(row.letter) : kFirstLongOnly + number});
   }
+  options.insert(options.end(), std::begin(kOtherNames), std::end(kOtherNames));
   options.push_back({nullptr, 0, nullptr, 0});
   return options;
 }
 
 std::string shortOptions() {
-  std::string letters = ":";
-  for (const OptionRow& row : kOptions) {
+  std::string letters = std::string(":") + kIdleLetters;
+  for (const OptionRow& row : optionTable()) {
     if (row.letter == 0) continue;
     letters += row.letter;
     if (row.argument != nullptr) letters += hasOptionalArgument(row) ? "::" : ":";
@@ -136,38 +112,80 @@ std::string shortOptions() {
   return letters;
 }
 
-// By any spelling, also of a file that is not there yet. Devices and pipes may serve twice.
-bool nameOneFile(const std::string& one, const std::string& other) {
-  namespace fs = std::filesystem;
-  if (one == other) return true;
-  std::error_code error;
-  if (fs::exists(one, error)) {
-    return fs::is_regular_file(one, error) && fs::equivalent(one, other, error);
+// The row of a value that longOptions() gives, null for none.
+const OptionRow* rowOf(int value) {
+  if (value >= kFirstLongOnly)
+    return &optionTable()[static_cast<std::size_t>(value - kFirstLongOnly)];
+  const auto row = std::ranges::find_if(
+      optionTable(), [value](const OptionRow& r) { return r.letter != 0 && r.letter == value; });
+  return row != optionTable().end() ? &*row : nullptr;
+}
+
+// Why getopt_long() stopped at an option.
+// found  what it returned
+// given  the argument, if it is a long option
+std::string mistakeIn(int found, const std::string& given, const std::vector<option>& table) {
+  const OptionRow* const row = optopt != 0 ? rowOf(optopt) : nullptr;
+  const std::string name = row != nullptr ? std::string("--") + row->name : "";
+  if (found == ':') return name + " needs an argument";
+  if (row != nullptr) return name + " takes no argument";
+  if (optopt != 0) return std::string("unknown option '-") + static_cast<char>(optopt) + "'";
+  std::string meant;
+  for (const option& each : table) {
+    const std::string shown = std::string("--") + (each.name != nullptr ? each.name : "");
+    if (each.name != nullptr && shown.starts_with(given)) meant += " " + shown;
   }
-  const auto place = [&](const std::string& path) {
-    return fs::weakly_canonical(fs::absolute(path, error), error);
-  };
-  return !other.empty() && place(one) == place(other) && !error;
+  if (meant.empty()) return "unknown option '" + given + "'";
+  return "'" + given + "' may be one of" + meant;
+}
+
+void addTextOption(Options& o, const OptionRow& row, const char* argument) {
+  o.text.emplace_back(row.name,
+                      argument != nullptr ? std::optional<std::string>(argument) : std::nullopt);
 }
 
 void checkTogether(const Options& o) {
-  if (!o.simplify && o.from != Source::gbk && o.from != Source::hz) {
-    refuse(
-        "--no-simplify works with -f gbk and -f hz only: the other tables simplify by "
-        "themselves");
-  }
-  if (o.to == Target::gbkWide && (o.halfWidth || o.html)) {
-    refuse("-t gbk-wide would undo --half-width and --html");
-  }
-  if (o.inPlace && !o.output.empty()) refuse("-i and -o exclude one another");
-  if (o.check && (o.inPlace || !o.output.empty())) refuse("--check writes nothing: no -i or -o");
-  if (o.inPlace && std::count(o.files.begin(), o.files.end(), "-") != 0) {
-    refuse("-i needs files, not standard input");
-  }
-  if (!o.report.empty() && nameOneFile(o.report, o.output)) {
-    refuse("--report and -o name the same file");
-  }
+  const auto exclude = [](bool one, bool other, const char* message) {
+    if (one && other) refuse(message);
+  };
+  const bool isMany = o.inPlace || !o.outputFolder.empty();
+  const bool isFromStandardInput = std::ranges::count(o.files, "-") != 0;
+  exclude(o.inPlace, !o.outputFolder.empty(), "-i and --output-dir exclude one another");
+  exclude(isMany, !o.output.empty(), "-o writes one file: no -i or --output-dir");
+  exclude(o.check, isMany || !o.output.empty(),
+          "--check writes nothing: no -o, -i or --output-dir");
+  exclude(isMany, isFromStandardInput, "-i and --output-dir need files, not standard input");
+  exclude(o.inPlace, o.from.empty(),
+          "-i needs -f, the encoding of the files; -f auto finds it for each of them");
+  exclude(o.list == "-", isFromStandardInput, "--files-from=- reads the names from standard input");
+  const auto isStandardOutput = [](const std::string& name) {
+    return name == "-" || name == "/dev/stdout";
+  };
+  exclude(isStandardOutput(o.report),
+          !o.check && !isMany && (o.output.empty() || isStandardOutput(o.output)),
+          "--report=- would mix its lines into the text: use -o, or another file for one of them");
   if (o.suffix.find('/') != std::string::npos) refuse("--in-place: a suffix has no '/'");
+}
+
+template <class Names>
+void appendList(std::string& text, Names all) {
+  std::size_t count = 0;
+  for (const sgbk_encoding* row = all(&count); count != 0; ++row, --count) {
+    text.append("  ").append(row->name);
+    if (*row->note != '\0') text.append(" (").append(row->note).append(")");
+    if (*row->aliases != '\0') text.append("\n      ").append(row->aliases);
+    text += '\n';
+  }
+}
+
+std::string helpFor(const OptionRow& row) {
+  std::string left = row.letter != 0 ? std::string("  -") + row.letter + ", --" : "      --";
+  left += row.name;
+  if (row.argument != nullptr) {
+    left += hasOptionalArgument(row) ? "[=SUFFIX]" : std::string("=") + row.argument;
+  }
+  left.resize(std::max<std::size_t>(left.size() + 2, 28), ' ');
+  return left + row.help + '\n';
 }
 
 }  // namespace
@@ -176,7 +194,17 @@ bool hasOptionalArgument(const OptionRow& row) {
   return row.argument != nullptr && row.argument[0] == '[';
 }
 
-std::span<const OptionRow> optionTable() { return kOptions; }
+const std::vector<OptionRow>& optionTable() {
+  static const std::vector<OptionRow> table = [] {
+    std::vector<OptionRow> rows(std::begin(kOwn), std::end(kOwn));
+    std::size_t count = 0;
+    for (const sgbk_option* row = sgbk_options(&count); count != 0; ++row, --count) {
+      rows.push_back({row->letter, row->name, row->argument, C::none, row->help, nullptr});
+    }
+    return rows;
+  }();
+  return table;
+}
 
 Options parseOptions(int argc, char** argv) {
   Options options;
@@ -185,23 +213,14 @@ Options parseOptions(int argc, char** argv) {
   opterr = 0;
   for (int found;
        (found = getopt_long(argc, argv, letters.c_str(), table.data(), nullptr)) != -1;) {
-    if (found == '?' || found == ':') {
-      const std::string given = argv[optind - 1];
-      const std::string shown =
-          given.starts_with("--") ? given : std::string("-") + static_cast<char>(optopt);
-      refuse(found == ':' ? shown + " needs an argument"
-                          : "unknown or ambiguous option '" + shown + "'");
-    }
-    const auto* const row =
-        found >= kFirstLongOnly
-            ? &kOptions[found - kFirstLongOnly]
-            : std::find_if(std::begin(kOptions), std::end(kOptions),
-                           [found](const OptionRow& r) { return r.letter == found; });
-    row->set(options, optarg);
+    if (found == '?' || found == ':') refuse(mistakeIn(found, argv[optind - 1], table));
+    const OptionRow* const row = rowOf(found);
+    if (row == nullptr) continue;
+    row->set != nullptr ? row->set(options, optarg) : addTextOption(options, *row, optarg);
   }
   options.files.assign(argv + optind, argv + argc);
-  if (options.files.empty()) options.files = {"-"};
-  if (!options.help && !options.version && !options.list && !options.explain) {
+  if (options.files.empty() && options.list.empty()) options.files = {"-"};
+  if (!options.help && !options.version && !options.encodings && !options.explain) {
     checkTogether(options);
   }
   return options;
@@ -212,18 +231,27 @@ std::string helpText() {
       "Usage: sgbk [OPTION]... [FILE]...\n"
       "Convert Chinese text to simplified GBK and say what was lost. Without FILE, or for \"-\",\n"
       "read standard input.\n\n";
-  for (const OptionRow& row : kOptions) {
-    std::string left = row.letter != 0 ? std::string("  -") + row.letter + ", --" : "      --";
-    left += row.name;
-    if (row.argument != nullptr) {
-      left += hasOptionalArgument(row) ? "[=SUFFIX]" : std::string("=") + row.argument;
-    }
-    left.resize(std::max<std::size_t>(left.size() + 2, 28), ' ');
-    text += left + row.help + '\n';
+  bool isOwn = true;
+  for (const OptionRow& row : optionTable()) {
+    if (isOwn && row.set == nullptr) text += "\nWhat is done to the text:\n";
+    isOwn = row.set != nullptr;
+    text += helpFor(row);
   }
   text +=
-      "\nExit status: 0 done, 1 losses under --strict, --fail-on-loss or --check, 2 usage,\n"
-      "3 input or output failure. See sgbk(1).\n";
+      "\n--from-code, --to-code, -c, -s, and //IGNORE or //TRANSLIT behind the name of an "
+      "encoding\n"
+      "are understood as in iconv.\n"
+      "\nExit status: 0 done, 1 losses under --strict, --fail-on-loss or --check, or a file that "
+      "-i\n"
+      "left as it was, 2 usage, 3 input or output failure. See sgbk(1).\n";
+  return text;
+}
+
+std::string encodingList() {
+  std::string text = "From:\n";
+  appendList(text, sgbk_sources);
+  text += "To:\n";
+  appendList(text, sgbk_targets);
   return text;
 }
 

@@ -1,0 +1,224 @@
+#!/usr/bin/env python3
+"""What the command does with files: nothing is lost, and nothing is guessed wrong in silence."""
+
+import os
+import resource
+import subprocess
+import threading
+import unittest
+
+from running import (BUILD, CLEAN, IS_SANITIZED, LOSSY, SGBK, Test, big5, main, read, run, write)
+
+IS_ROOT = os.geteuid() == 0
+NOBODY = 65534
+
+
+class InPlace(Test):
+    def test_backups(self):
+        original = {name: name.encode() + b"\xc5\xe9\n" for name in "abc"}
+        new = {name: name.encode() + b"\xcc\xe5\n" for name in "abc"}
+        for name, text in original.items():
+            write(name, text)
+        write("b.bak", b"older\n")
+        os.unlink("in")
+        # The backup of b is there already; that of a is a name that was given, too.
+        status, _, message = big5("-i.bak", "a", "b", "a.bak", "c", "a")
+        self.assertEqual(status, 3)
+        self.assertIn("sgbk: b: b.bak exists already\n", message)
+        kept = {"a": new["a"], "a.bak": original["a"], "b": original["b"], "b.bak": b"older\n",
+                "c": new["c"], "c.bak": original["c"]}
+        self.assertFiles(**kept)
+        self.assertEqual(big5("-i.old", "--report=./b.old", "b")[0], 3)
+        os.unlink("b.old")
+        os.symlink("nowhere", "b.old")
+        self.assertEqual(big5("-i.old", "b")[0], 3)
+        self.assertEqual(read("b"), original["b"])
+
+    def test_another_encoding_is_noticed(self):
+        text = "今天的體育新聞：冠軍賽在首都舉行，觀眾一共三萬人，門票早已售完。\n"
+        simplified = "今天的体育新闻：冠军赛在首都举行，观众一共三万人，门票早已售完。\n"
+        text, simplified = text * 2, simplified * 2
+        for codec in ["utf-8", "utf-16", "gbk", "hz"]:
+            before = simplified.encode(codec)
+            write("in", before)
+            for option in ["-v", "-i.bak", "--report=r"]:
+                status, _, message = big5("-i", option, "in")
+                self.assertEqual((status, read("in")), (1, before), codec)
+                self.assertIn("left as it was: it looks like", message)
+            self.assertFalse(os.path.exists("in.bak"))
+            self.assertEqual(big5("-qi", "--force", "in"), (0, b"", ""))
+            self.assertEqual(read("in") == before, codec == "hz")
+        # Fewer than eight characters cannot be told apart.
+        write("in", "第一行\n".encode("utf-8"))
+        self.assertEqual(big5("-i", "in")[0], 0)
+        for source, codec in [("big5", "big5"), ("utf-16", "utf-16"), ("auto", "utf-8"),
+                              ("auto", "big5"), ("hz", "hz"), ("UCS2", "utf-16-le")]:
+            write("in", (simplified if codec == "hz" else text).encode(codec))
+            self.assertEqual(run("-f", source, "-i", "in")[::2], (0, ""), (source, codec))
+            converted = read("in")
+            self.assertEqual(converted, simplified.encode("gbk"))
+            self.assertEqual(run("-f", "auto", "-i", "in")[0], 0)
+            self.assertEqual(run("-f", "utf-8", "-i", "in")[0], 1)
+            self.assertEqual(read("in"), converted)
+        self.assertEqual(run("-i", "in")[0], 2)
+
+    def test_what_the_new_file_takes_over(self):
+        os.chmod("in", 0o640)
+        os.mkdir("links")
+        os.symlink("../in", "links/soft")
+        for option in ["--fail-on-loss", "--strict"]:
+            self.assertEqual(big5("-i", option, "in")[0], 1)
+            self.assertEqual(read("in"), LOSSY)
+        # Converting once more what is in GBK already would destroy it.
+        self.assertEqual(big5("-i.bak", "links/soft", "./in")[0], 3)
+        self.assertEqual((read("in"), read("links/soft.bak")), (CLEAN, LOSSY))
+        self.assertTrue(os.path.islink("links/soft"))
+        big5("-o", "new", "in", umask=0o027)
+        for name in ["in", "new"]:
+            self.assertEqual(os.stat(name).st_mode & 0o7777, 0o640)
+        if not IS_ROOT:
+            return
+        os.chmod(".", 0o777)
+        for user, owner in [(0, 12345), (NOBODY, NOBODY)]:
+            write("in", LOSSY)
+            os.chown("in", 12345, NOBODY)
+            os.chmod("in", 0o6666)
+            self.assertEqual(big5("-i", "in", user=user, group=user, extra_groups=[NOBODY])[0], 0)
+            status = os.stat("in")
+            self.assertEqual((status.st_uid, status.st_gid), (owner, NOBODY))
+            # The rights of an owner are not lent in the name of another one.
+            self.assertEqual(status.st_mode & 0o7777, 0o6666 if owner == 12345 else 0o2666)
+
+    def test_goes_on_after_what_cannot_be_written(self):
+        os.mkdir("closed")
+        for name in ["closed/in", "good"]:
+            write(name, LOSSY)
+            os.chmod(name, 0o666)
+        os.chmod("closed", 0o555)
+        os.chmod(".", 0o777)
+        more = {"user": NOBODY, "group": NOBODY, "extra_groups": []} if IS_ROOT else {}
+        status, _, message = big5("-qi", "--report=r", "closed/in", "missing", "good", **more)
+        self.assertEqual((status, read("good"), read("closed/in")), (3, CLEAN, LOSSY))
+        self.assertEqual(message, "sgbk: closed/in: cannot make a new file in its folder, closed/: "
+                         "Permission denied\nsgbk: missing: No such file or directory\n")
+        self.assertEqual(read("r").count(b"good\t"), 2)
+
+    @unittest.skipIf(IS_SANITIZED, "the sanitizer has to be loaded first")
+    def test_many_are_brought_to_the_disk_at_once(self):
+        names = [f"f{i}" for i in range(300)]
+        for name in names:
+            write(name, LOSSY)
+        shim = os.path.join(BUILD, "tests", "cli", "libfaults.so")
+        self.assertEqual(big5("-qi", *names, env={"LD_PRELOAD": shim, "FAULT_LOG": "log"})[0], 0)
+        self.assertLess(read("log").count(b"sync"), 10)
+        self.assertEqual({read(name) for name in names}, {CLEAN})
+
+
+class Folder(Test):
+    def test_tree(self):
+        names = ["a", "./deep/b", "deep/er/../c", "/etc/passwd", "../x", "missing", "a", "deep",
+                 "new\nline", "-"]
+        os.mkdir("deep")
+        for name in ["a", "deep/b", "deep/c", "new\nline", "-"]:
+            write(name, LOSSY)
+        for separator, more in [("\0", {"new\nline": CLEAN}), ("\n", {})]:
+            listed = separator.join(n for n in names if separator == "\0" or "\n" not in n)
+            status, out, message = big5("-q", "--files-from=-", "--output-dir=out/new", "in",
+                                        data=listed.encode())
+            self.assertEqual((status, out), (3, b""))
+            self.assertEqual(message.count("neither absolute paths nor '..'"), 3)
+            self.assertIn("sgbk: missing: No such file or directory\n", message)
+            os.chdir("out/new")
+            self.assertFiles(**{"in": CLEAN, "a": CLEAN, "deep/b": CLEAN, "-": CLEAN}, **more)
+            os.chdir("../..")
+            subprocess.run(["rm", "-r", "out"], check=True)
+        self.assertEqual(read("a"), LOSSY)
+
+    def test_refusals(self):
+        os.mkdir("sub")
+        write("sub/in", CLEAN)
+        self.assertEqual(big5("--output-dir=.", "in")[0], 3)
+        self.assertEqual(big5("--output-dir=sub", "in", "sub/in")[0], 3)
+        self.assertEqual(big5("--output-dir=new", "--report=new/in", "in")[0], 3)
+        self.assertEqual((read("in"), read("sub/in")), (LOSSY, CLEAN))
+        self.assertEqual(big5("--output-dir=in", "sub/in")[0], 3)
+        # An empty list is no list of standard input.
+        self.assertEqual(big5("--files-from=-"), (0, b"", ""))
+        self.assertEqual(big5("--files-from=missing")[0], 3)
+
+
+class Outputs(Test):
+    def test_that_is_an_input(self):
+        os.symlink("in", "soft")
+        os.link("in", "hard")
+        write("other", b"x\n")
+        for same in ["in", "./in", os.path.abspath("in"), "soft", "hard"]:
+            for words in [["-o", same, "in"], ["-o", same, "other", "soft"],
+                          [f"--report={same}", "in"], ["-i", f"--report={same}", "in"]]:
+                status, _, message = big5(*words)
+                self.assertEqual(status, 3, words)
+                self.assertIn("would be destroyed", message)
+        with open("in", "rb+") as both:
+            self.assertEqual(big5("-o", "hard", stdin=both)[0], 3)
+            self.assertEqual(big5("other", "in", stdout=both)[0], 3)
+        self.assertEqual(big5("-o", "new", "--report=./new", "in")[0], 2)
+        os.symlink("loop", "loop")
+        self.assertEqual(big5("-o", "loop", "in")[0], 3)
+        self.assertEqual(read("in"), LOSSY)
+        self.assertOnlyFiles("hard", "in", "loop", "other", "soft")
+
+    def test_stay_as_they_were(self):
+        write("good", b"\xc5\xe9\n")
+        write("out", b"old")
+        status, out, message = big5(".", "good", "missing", "/proc/self/mem", "good")
+        self.assertEqual((status, out), (3, b"\xcc\xe5\n" * 2))
+        self.assertEqual(message, "sgbk: .: Is a directory\n"
+                         "sgbk: missing: No such file or directory\n"
+                         "sgbk: /proc/self/mem: Input/output error\n")
+        for inputs in [["missing"], ["missing", "good"], ["good", "missing"], ["--strict", "in"]]:
+            status, _, message = big5("-o", "out", *inputs)
+            self.assertEqual((status, read("out")), (1 if "in" in inputs else 3, b"old"))
+            self.assertIn("out: not put in place", message)
+        self.assertEqual(big5("-i", "missing", ".", "/dev/null")[0], 3)
+        self.assertFiles(**{"in": LOSSY, "good": b"\xc5\xe9\n", "out": b"old"})
+
+    def test_streams_by_name(self):
+        for name in ["/dev/stdout", "-"]:
+            self.assertEqual(big5("-q", "-o", name, "in"), (0, CLEAN, ""))
+        self.assertIn("byte\tbytes", big5("-q", "--report=/dev/stderr", "in")[2])
+        for words in ["--report=-", "--report=/dev/stdout", "--report=- -o -"]:
+            self.assertEqual(big5(*words.split(), "in")[1], b"")
+        write("log", b"old\n")
+        with open("log", "ab") as end:
+            big5("-q", "-o", "/dev/stdout", "in", stdout=end)
+            subprocess.run([SGBK, "-qfbig5", "-o", f"/dev/fd/{end.fileno()}", "in"],
+                           pass_fds=[end.fileno()], check=True)
+        self.assertEqual(read("log"), b"old\n" + CLEAN + CLEAN)
+
+
+class Inputs(Test):
+    def test_pipes_are_opened_once(self):
+        os.mkfifo("pipe")
+        writer = threading.Thread(target=write, args=("pipe", LOSSY))
+        writer.start()
+        self.assertEqual(big5("-q", "--progress=always", "pipe")[:2], (0, CLEAN))
+        writer.join()
+
+    def test_folders_leave_no_descriptors(self):
+        def prepare():
+            resource.setrlimit(resource.RLIMIT_NOFILE, (20, 20))
+
+        self.assertEqual(big5("-q", *["."] * 40, "in", preexec_fn=prepare)[:2], (3, CLEAN))
+
+    def test_names_do_not_speak_to_the_terminal(self):
+        name = "a\x1b[31m\n\x7f\u009b\\"
+        write(name, LOSSY)
+        shown = r"a\x1B[31m\n\x7F\xC2\x9B\\"
+        _, rows, message = big5("--check", "--report=-", name)
+        self.assertTrue(message.startswith(f"sgbk: {shown}: 2 of 8 "), message)
+        self.assertEqual(rows.count(shown.encode() + b"\t"), 2)
+        self.assertIn(rf"unknown option '--\x1B'", run("--\x1b")[2])
+
+
+if __name__ == "__main__":
+    main()

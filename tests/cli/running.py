@@ -1,0 +1,68 @@
+"""The command, its surroundings and the checks that all its tests share.
+
+A test is called with the paths of BINARY, SOURCE_FOLDER and BUILD_FOLDER, then unittest's arguments.
+"""
+
+import contextlib
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+from subprocess import PIPE
+
+SGBK, SOURCE, BUILD = map(os.path.abspath, sys.argv[1:4])
+LOSSY = b"a\n\xc5\xe9\x81\x41\n\x81<\n"  # one undefined, one malformed, in Big5
+CLEAN = b"a\n\xcc\xe5\xa1\xa1\n<\n"
+
+
+def read(name):
+    with open(name, "rb") as file:
+        return file.read()
+
+
+def write(name, data):
+    with open(name, "wb") as file:
+        file.write(data)
+
+
+def run(*arguments, data=b"", **more):
+    """Runs the command; returns its status, output and messages."""
+    done = subprocess.run([SGBK, *arguments], input=None if "stdin" in more else data, timeout=60,
+                          **{"stdout": PIPE, "stderr": PIPE, **more})
+    return done.returncode, done.stdout, (done.stderr or b"").decode()
+
+
+def big5(*arguments, **more):
+    return run("-f", "big5", *arguments, **more)
+
+
+# Sanitizers keep memory of their own and want to be loaded first.
+IS_SANITIZED = re.search(b"__[at]san_init", read(SGBK))
+
+
+class Test(unittest.TestCase):
+    """Runs in a folder of its own, in memory if possible, with the file "in"."""
+
+    def setUp(self):
+        memory = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
+        folder = self.enterContext(tempfile.TemporaryDirectory(dir=memory))
+        self.enterContext(contextlib.chdir(folder))
+        os.chmod(".", 0o755)
+        write("in", LOSSY)
+
+    def assertOnlyFiles(self, *names):
+        self.assertEqual(sorted(os.listdir(".")), sorted(names))
+
+    def assertFiles(self, **contents):
+        """That the folder has these files, with these contents, and no others."""
+        found = {os.path.relpath(os.path.join(folder, name)) for folder, _, names in os.walk(".")
+                 for name in names}
+        self.assertEqual(sorted(found), sorted(contents))
+        for name, content in contents.items():
+            self.assertEqual(read(name), content, name)
+
+
+def main():
+    unittest.main(argv=sys.argv[:1] + sys.argv[4:])
