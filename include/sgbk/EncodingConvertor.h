@@ -199,12 +199,13 @@ SGBK_API char sbcchar2dbc(gchar_t gch);
 // space-TAB becomes a TAB. The byte 80, and a lead byte that is the last byte, are dropped.
 // Everything else is copied. FF is a lead byte here: FF 0A takes the line feed with it.
 // src      srclen bytes, 0x00 included; 0 or less is empty
-// dest     destsize bytes, the NUL included; srclen + 1 is always enough. Text that does not fit is
-//          cut: characters go from its end until three bytes or more are gone, or all; then, if the
-//          cut is within a word, up to 16 bytes of letters and digits (by isalnum in the process's
-//          locale); then up to three dots, though word and dots never take the first byte. "..."
-//          follows. The cut reads backwards and may leave a lead byte alone before the dots. A
-//          buffer of less than four bytes gets the dots that fit
+// dest     destsize bytes, the NUL included; srclen + 1 is always enough. Text is cut when its next
+//          character does not fit, or anything at all follows destsize - 1 bytes: characters go
+//          from its end until three bytes or more are gone, or all; then, if the cut is within a
+//          word, up to 16 bytes of letters and digits (by isalnum in the process's locale); then up
+//          to three dots, though word and dots never take the first byte. "..." follows. The cut
+//          reads backwards and may leave a lead byte alone before the dots. A buffer of less than
+//          four bytes gets the dots that fit
 // ifcase   also folds case: ASCII capitals, and double-byte ones with toLowerCase
 // Returns  the bytes written before the NUL; 0 for destsize 0 or less, which writes nothing
 SGBK_API int sbc2dbc(const char* src, int srclen, char* dest, int destsize, bool ifcase);
