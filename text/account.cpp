@@ -11,22 +11,36 @@ bool isWideLineFeed(std::string_view text, std::size_t at, LineFeeds kind) {
 }
 
 // Sixteen bytes at once, whose counts are added up before they can overflow.
-std::uint64_t countLineFeeds(std::string_view text) {
-  using Bytes = Byte __attribute__((vector_size(16)));
+template <class Unit>
+std::uint64_t countUnits(std::string_view text, Unit wanted) {
+  typedef Unit Units __attribute__((vector_size(16)));
   constexpr std::size_t kMostBlocks = 255;
   std::uint64_t count = 0;
-  while (text.size() >= sizeof(Bytes)) {
-    const std::size_t blocks = std::min(text.size() / sizeof(Bytes), kMostBlocks);
-    Bytes counts = {};
+  while (text.size() >= sizeof(Units)) {
+    const std::size_t blocks = std::min(text.size() / sizeof(Units), kMostBlocks);
+    Units counts = {};
     for (std::size_t i = 0; i < blocks; ++i) {
-      Bytes block;
+      Units block;
       std::memcpy(&block, text.data() + i * sizeof block, sizeof block);
-      counts -= reinterpret_cast<Bytes>(block == '\n');
+      counts -= reinterpret_cast<Units>(block == wanted);
     }
-    for (std::size_t i = 0; i < sizeof counts; ++i) count += counts[i];
-    text.remove_prefix(blocks * sizeof(Bytes));
+    for (std::size_t i = 0; i < sizeof counts / sizeof(Unit); ++i) count += counts[i];
+    text.remove_prefix(blocks * sizeof(Units));
   }
-  return count + static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\n'));
+  for (; text.size() >= sizeof(Unit); text.remove_prefix(sizeof(Unit))) {
+    Unit unit;
+    std::memcpy(&unit, text.data(), sizeof unit);
+    count += unit == wanted;
+  }
+  return count;
+}
+
+std::uint64_t countLineFeeds(std::string_view text, LineFeeds kind) {
+  switch (kind) {
+    case LineFeeds::inBytes: return countUnits<Byte>(text, '\n');
+    case LineFeeds::inUnits: return countUnits<std::uint16_t>(text, '\n');
+    default: return countUnits<std::uint16_t>(text, '\n' << 8);
+  }
 }
 
 }  // namespace
@@ -53,16 +67,9 @@ void Account::reset() {
 }
 
 void Account::countLines(const Byte* end) {
-  const std::string_view text(reinterpret_cast<const char*>(counted_),
-                              static_cast<std::size_t>(end - counted_));
+  counts_.lines += countLineFeeds({reinterpret_cast<const char*>(counted_),
+                                   static_cast<std::size_t>(end - counted_)}, lineFeeds_);
   counted_ = end;
-  if (lineFeeds_ == LineFeeds::inBytes) {
-    counts_.lines += countLineFeeds(text);
-    return;
-  }
-  for (std::size_t at = 0; at + 2 <= text.size(); at += 2) {
-    counts_.lines += isWideLineFeed(text, at, lineFeeds_);
-  }
 }
 
 void Account::endPiece(const Byte* end) {

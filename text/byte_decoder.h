@@ -61,17 +61,23 @@ class ByteDecoder : public Decoder {
   const Byte* run(const Byte* p, const Byte* const end, bool ended) {
     Shape& shape = static_cast<Shape&>(*this);
     char* out = roomFor(end - p);
+    std::ptrdiff_t ascii = 0;
     while (p != end) {
       if (shape.isAsciiMode()) {
         const Block block = loadBlockBefore(p, end);
         Block stops = block & inEveryByte(0x80);
         if constexpr (references) stops |= firstByteEqualTo(block, '&');
         if constexpr (Shape::kEscape != 0) stops |= firstByteEqualTo(block, Shape::kEscape);
-        const int count = stops == 0 ? kBlockBytes : __builtin_ctzll(stops) / 8;
+        if (stops == 0) {
+          out = putAsciiBlock<form>(block, kBlockBytes, entries_, out);
+          ascii += kBlockBytes;
+          p += kBlockBytes;
+          continue;
+        }
+        const int count = __builtin_ctzll(stops) / 8;
         out = putAsciiBlock<form>(block, count, entries_, out);
-        account_.addCharacters(count);
+        ascii += count;
         p += count;
-        if (count == kBlockBytes) continue;
         if (p == end) break;
       }
       const Byte* const run = shape.takeRun(p, end, out);
@@ -90,6 +96,7 @@ class ByteDecoder : public Decoder {
       if (taken == 0) break;
     }
     out_->setEnd(out);
+    account_.addCharacters(ascii);
     return p;
   }
 };

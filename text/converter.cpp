@@ -69,7 +69,7 @@ void Converter::set(const char* option, const char* value) {
 void Converter::reset() {
   isEnded_ = isStarted_ = false;
   account_.reset();
-  for (Buffer* buffer : {&out_, &unfound_, &held_, &carried_, &middle_}) buffer->clear();
+  for (Buffer* buffer : {&out_, &unfound_, &held_, &carried_, &middle_, &staged_[0], &staged_[1]}) buffer->clear();
   source_ = asked_;
   stages_.clear();
 }
@@ -202,6 +202,7 @@ void Converter::stopAtLoss(std::string_view lines, bool last) {
   const std::size_t written = out_.size();
   const bool wasDeclaring = isDeclaring_;
   const std::size_t searched = searched_;
+  const std::string head(wasDeclaring ? middle_.view() : std::string_view());
   const bool isLineStart = std::exchange(
       isLineStart_, afterLastLineFeed(lines, lineFeedsOf(source_)) == lines.size());
   declare(lines, last);
@@ -213,8 +214,8 @@ void Converter::stopAtLoss(std::string_view lines, bool last) {
   account_.goBackTo(mark);
   out_.cut(written);
   if (isLineStart) {
-    middle_.clear();
-    carried_.clear();
+    for (Buffer* buffer : {&middle_, &staged_[0], &staged_[1], &carried_}) buffer->clear();
+    middle_.append(head);
     for (const auto& stage : stages_) stage->reset();
     decoder_->reset();
     isDeclaring_ = wasDeclaring;
@@ -283,18 +284,17 @@ void Converter::decodeCarried(std::string_view& in, bool last) {
   }
 }
 
+// What a stage does not use yet stays in its buffer.
 void Converter::takeThroughStages(bool last) {
-  std::string_view text = middle_.view();
+  Buffer* in = &middle_;
   for (std::size_t i = 0; i < stages_.size(); ++i) {
-    Buffer& out = staged_[i % 2];
-    out.clear();
-    stages_[i]->apply(text, last, out);
-    text = out.view();
+    in->removePrefix(stages_[i]->apply(in->view(), last, staged_[i]));
+    in = &staged_[i];
   }
-  const Byte* const begin = bytesOf(text.data());
+  const Byte* const begin = bytesOf(in->view().data());
   unheeded_.beginPiece(begin);
-  encoder_->decode(begin, begin + text.size(), true);
-  middle_.clear();
+  encoder_->decode(begin, begin + in->size(), true);
+  in->clear();
 }
 
 }  // namespace sgbk::text

@@ -38,7 +38,7 @@ class UnitDecoder : public Decoder {
         p += 2 * count;
         continue;
       }
-      if (const Byte* const run = takeRun(p, end, out); run != p) {
+      if (const Byte* const run = takeRun<references>(p, end, out); run != p) {
         p = run;
         continue;
       }
@@ -53,39 +53,33 @@ class UnitDecoder : public Decoder {
     return p;
   }
 
-  // Four units of ASCII at once, or one.
+  // Four units of ASCII at once. Fewer are taken one by one as all others are, without a jump that
+  // depends on what they are.
   template <Ascii form, bool references>
   int takeAscii(const Byte* p, const Byte* end, char*& out) {
-    int count = 0;
-    if (end - p >= kBlockBytes) {
-      Block block = loadBlock(p);
-      if (isBigEndian) block = (block >> 8 & inEveryUnit(0xFF)) | (block & inEveryUnit(0xFF)) << 8;
-      if ((block & inEveryUnit(0xFF80)) == 0) {
-        // The units' low bytes, side by side.
-        block = (block | block >> 8) & 0x0000FFFF0000FFFF;
-        block = (block | block >> 16) & 0xFFFFFFFF;
-        if (!references || firstByteEqualTo(block | Block{0xFFFFFFFF} << 32, '&') == 0) {
-          out = putAsciiBlock<form>(block, kBlockUnits, entries_, out);
-          count = kBlockUnits;
-        }
-      }
-    }
-    if (count == 0 && load(p) < 0x80 && !(references && load(p) == '&')) {
-      out = putAsciiBlock<form>(load(p), 1, entries_, out);
-      count = 1;
-    }
-    account_.addCharacters(count);
-    return count;
+    if (end - p < kBlockBytes) return 0;
+    Block block = loadBlock(p);
+    if (isBigEndian) block = (block >> 8 & inEveryUnit(0xFF)) | (block & inEveryUnit(0xFF)) << 8;
+    if ((block & inEveryUnit(0xFF80)) != 0) return 0;
+    // The units' low bytes, side by side.
+    block = (block | block >> 8) & 0x0000FFFF0000FFFF;
+    block = (block | block >> 16) & 0xFFFFFFFF;
+    if (references && firstByteEqualTo(block | Block{0xFFFFFFFF} << 32, '&') != 0) return 0;
+    out = putAsciiBlock<form>(block, kBlockUnits, entries_, out);
+    account_.addCharacters(kBlockUnits);
+    return kBlockUnits;
   }
 
+  template <bool references>
   const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
     const Byte* const begin = p;
+    const Byte* const last = end - p > 2 * kBlockBytes ? p + 2 * kBlockBytes : end - 1;
     const Entry* const entries = entries_;
     char* to = out;
-    for (; end - p >= 2; p += 2) {
+    for (; p < last; p += 2) {
       const Unit unit = load(p);
       const Entry entry = entries[unit];
-      if (isRare(entry) || unit < 0x80) break;
+      if (isRare(entry) || (references && unit == '&')) break;
       std::memcpy(to, &entry, sizeof entry);
       to += sizeOf(entry);
     }

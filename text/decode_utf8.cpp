@@ -42,20 +42,20 @@ class Utf8Decoder : public ByteDecoder<Utf8Decoder> {
   // Three bytes each, as nearly all ideographs are.
   const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
     const Entry* const entries = entries_;
-    std::ptrdiff_t count = 0;
+    const Byte* const begin = p;
     char* to = out;
-    for (; end - p >= 4; p += 3, ++count) {
+    for (; end - p >= 4; p += 3) {
       std::uint32_t bytes;
       std::memcpy(&bytes, p, sizeof bytes);
-      if ((bytes & 0xC0C0F0) != 0x8080E0) break;
-      const CodePoint c = (bytes & 0xF) << 12 | (bytes >> 2 & 0xFC0) | (bytes >> 16 & 0x3F);
+      const CodePoint c = (CodePoint{p[0]} << 12) + (CodePoint{p[1]} << 6) + p[2] - 0xE2080;
+      if ((bytes & 0xC0C0F0) != 0x8080E0 || c < 0x800) break;
       const Entry entry = entries[c];
-      if (isRare(entry) || c < 0x800) break;
+      if (isRare(entry)) break;
       std::memcpy(to, &entry, sizeof entry);
       to += sizeOf(entry);
     }
     out = to;
-    account_.addCharacters(count);
+    account_.addCharacters((p - begin) / 3);
     return p;
   }
 

@@ -14,7 +14,7 @@ void Decoder::setOutput(const CodeTable& table, Buffer& out) {
   table_ = &table;
   unicode_ = table.key.codes == Codes::unicode ? &table : nullptr;
   entries_ = table.entries.data();
-  ascii_ = sizeOf(entries_[' ']) == 2 ? Ascii::wide
+  ascii_ = sizeOf(entries_[0]) == 2 ? Ascii::wide
            : table.key.foldCase       ? Ascii::lowered
                                       : Ascii::same;
 }

@@ -15,9 +15,10 @@ class Stage {
   virtual ~Stage() = default;
 
   // Appends what becomes of `text`: whole characters, ASCII in one byte, GBK in two, others in
-  // four. What depends on text still to come is held, and comes later.
-  // ended  nothing follows
-  virtual void apply(std::string_view text, bool ended, Buffer& out) = 0;
+  // four.
+  // ended    nothing follows
+  // Returns  the bytes used; what depends on text still to come is not, and comes again with it
+  virtual std::size_t apply(std::string_view text, bool ended, Buffer& out) = 0;
 
   // A new input begins.
   virtual void reset() = 0;

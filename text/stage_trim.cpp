@@ -33,26 +33,39 @@ const Classes& classes() {
   return madeOnce(slot);
 }
 
-class TrimStage : public Stage {
+// A longer run of punctuation marks is decoration.
+constexpr int kLongestRun = 8;
+
+// What a line has come to.
+struct State {
+  bool isStarted = false;    // it has a character
+  bool isInBlanks = false;   // within a run of blanks, and of shapes among them
+  bool isInLongRun = false;  // within a run of marks of which all has been written
+  // Blanks that are written if anything follows: one at the end of a run of marks, one after it.
+  unsigned pendingSize = 0;
+  char pending[4] = {};
+};
+
+// One pass over a text. The state is its own while it lasts, which keeps it in registers.
+class Pass {
  public:
-  void apply(std::string_view text, bool ended, Buffer& out) override {
-    const char* p = text.data();
-    const char* const end = p + text.size();
-    while (p != end) p = take(p, end, out);
-    if (ended) endLine(out);
+  Pass(const State& state, std::string_view text, bool ended, char* to)
+      : state_(state), end_(text.data() + text.size()), ended_(ended), to_(to) {}
+
+  // Returns where it stopped: what follows depends on text still to come.
+  const char* run(const char* p) {
+    while (p != end_) {
+      const char* const next = take(p);
+      if (next == nullptr) break;
+      p = next;
+    }
+    return p;
   }
 
-  void reset() override {
-    run_.clear();
-    runLength_ = firstOfRun_ = marksEnd_ = 0;
-    pending_.clear();
-    hasReturn_ = isStarted_ = isInBlanks_ = false;
-  }
+  const State& state() const { return state_; }
+  char* written() const { return to_; }
 
  private:
-  // A longer run of punctuation marks is decoration.
-  static constexpr std::size_t kLongestRun = 8;
-
   struct Character {
     Class kind;
     unsigned size;
@@ -65,117 +78,130 @@ class TrimStage : public Stage {
     return {classes_.ofUnit[loadUnit(b)], 2};
   }
 
-  // Takes one character, or as many ordinary ones as there are; returns where they end.
-  const char* take(const char* p, const char* end, Buffer& out) {
-    if (*p == '\n') {
-      endLine(out);
-      out.append('\n');
-      return p + 1;
+  // Takes one character, or a run of them. Returns where it ends, null when more has to be seen.
+  [[gnu::always_inline]] const char* take(const char* p) {
+    const Character c = at(p);
+    if (c.kind == Class::ordinary) return takeOrdinary(p, c);
+    if (c.kind == Class::nul) return p + c.size;
+    const bool isMarkOrBlank = c.kind == Class::mark || c.kind == Class::blank;
+    if (state_.isInLongRun && isMarkOrBlank) return p + c.size;
+    state_.isInLongRun = false;
+    if (c.kind == Class::mark && state_.isStarted) return takeRun(p, c);
+    if (c.kind == Class::lineEnd) return takeLineEnd(p);
+    if (c.kind == Class::blank) addBlank(p, c.size);
+    if (c.kind == Class::mark) {
+      // The first character stays, and is part of no run.
+      put(p, c.size);
+      state_.isStarted = true;
     }
-    if (hasReturn_) {
-      hasReturn_ = false;
-      take(Class::lineEnd, "\r", out);
-    }
-    if (*p == '\r') {
-      // Before a line feed it belongs to the line end.
-      hasReturn_ = true;
-      return p + 1;
-    }
-    Character c = at(p);
-    if (c.kind != Class::ordinary) {
-      take(c.kind, {p, c.size}, out);
-      return p + c.size;
-    }
-    endRun(out);
-    putPending(out);
-    const char* const begin = p;
+    return p + c.size;
+  }
+
+  [[gnu::always_inline]] const char* takeOrdinary(const char* p, Character c) {
+    put(state_.pending, state_.pendingSize);
+    state_ = State{.isStarted = true};
     do {
+      put(p, c.size);
       p += c.size;
-    } while (p != end && *p != '\r' && *p != '\n' && (c = at(p)).kind == Class::ordinary);
-    out.append({begin, p});
-    isStarted_ = true;
-    isInBlanks_ = false;
+    } while (p != end_ && (c = at(p)).kind == Class::ordinary);
     return p;
   }
 
-  // Takes a character that is not ordinary.
-  void take(Class kind, std::string_view bytes, Buffer& out) {
-    if (kind == Class::nul) return;
-    if (runLength_ != 0) {
-      if (kind == Class::mark || kind == Class::blank) return extendRun(kind, bytes, out);
-      endRun(out);
-    }
-    if (kind == Class::mark) {
-      isInBlanks_ = false;
-      if (isStarted_) return extendRun(kind, bytes, out);
-      // The first character stays, and is part of no run.
-      out.append(bytes);
-      isStarted_ = true;
-    } else if (isStarted_ && kind != Class::shape) {
-      if (!isInBlanks_) pending_.append(blankFor(bytes));
-      isInBlanks_ = true;
-      if (kind == Class::lineEnd) endPendingWithReturn();
-    }
-  }
-
-  void extendRun(Class kind, std::string_view bytes, Buffer& out) {
-    ++runLength_;
-    if (runLength_ <= kLongestRun) {
-      // A run of blanks within it is one blank.
-      if (kind == Class::mark) {
-        run_.append(bytes);
-        firstOfRun_ = firstOfRun_ == 0 ? run_.size() : firstOfRun_;
-        marksEnd_ = run_.size();
-      } else if (run_.size() == marksEnd_) {
-        run_.append(blankFor(bytes));
+  // Punctuation marks, with blanks among them. They are written before it is known whether they
+  // are too many.
+  [[gnu::always_inline]] const char* takeRun(const char* const begin, Character c) {
+    const char* p = begin;
+    const unsigned firstSize = c.size;
+    char* const start = to_;
+    put(state_.pending, state_.pendingSize);
+    char* marksEnd = to_;
+    int length = 0;
+    for (;;) {
+      if (c.kind == Class::mark) {
+        put(p, c.size);
+        marksEnd = to_;
+      } else if (c.kind == Class::blank && to_ == marksEnd) {
+        to_ = writeBlank(to_, p, c.size);
       }
-    } else if (runLength_ == kLongestRun + 1) {
-      if (pending_.empty()) out.append(run_.view().substr(0, firstOfRun_));
-      run_.clear();
+      length += c.kind != Class::nul;
+      p += c.size;
+      if (length > kLongestRun) {
+        to_ = start + (state_.pendingSize == 0 ? firstSize : 0);
+        state_.isInLongRun = true;
+        return p;
+      }
+      if (p == end_) {
+        if (ended_) break;
+        to_ = start;
+        return nullptr;
+      }
+      c = at(p);
+      if (c.kind != Class::mark && c.kind != Class::blank && c.kind != Class::nul) break;
     }
+    state_ = State{.isStarted = true, .pendingSize = static_cast<unsigned>(to_ - marksEnd)};
+    for (unsigned i = 0; i < state_.pendingSize; ++i) state_.pending[i] = marksEnd[i];
+    to_ = marksEnd;
+    return p;
   }
 
-  void endRun(Buffer& out) {
-    if (runLength_ != 0 && runLength_ <= kLongestRun) {
-      putPending(out);
-      out.append(run_.view().substr(0, marksEnd_));
-      pending_.append(run_.view().substr(marksEnd_));
+  // A carriage return before the line feed belongs to the line end, any other one is a blank.
+  const char* takeLineEnd(const char* p) {
+    const bool isReturn = *p == '\r';
+    if (isReturn && p + 1 == end_ && !ended_) return nullptr;
+    if (isReturn && p + 1 != end_ && p[1] != '\n') {
+      addBlank(p, 1);
+      if (state_.isStarted) {
+        state_.pendingSize -= state_.pending[state_.pendingSize - 1] == '\xA1' ? 2 : 1;
+        state_.pending[state_.pendingSize++] = '\r';
+      }
+    } else {
+      state_ = State();
+      put(p, 1);
     }
-    run_.clear();
-    runLength_ = firstOfRun_ = marksEnd_ = 0;
+    return p + 1;
   }
 
-  void putPending(Buffer& out) {
-    out.append(pending_.view());
-    pending_.clear();
+  [[gnu::always_inline]] void put(const char* p, unsigned size) {
+    for (unsigned i = 0; i < size; ++i) to_[i] = p[i];
+    to_ += size;
   }
 
-  void endLine(Buffer& out) {
-    endRun(out);
-    pending_.clear();
-    if (hasReturn_) out.append('\r');
-    hasReturn_ = isStarted_ = isInBlanks_ = false;
+  static char* writeBlank(char* to, const char* p, unsigned size) {
+    *to++ = size == 2 ? '\xA1' : *p == '\t' ? '\t' : ' ';
+    if (size == 2) *to++ = '\xA1';
+    return to;
   }
 
-  static std::string_view blankFor(std::string_view first) {
-    return first.size() == 2 ? "\xA1\xA1" : first == "\t" ? "\t" : " ";
-  }
-
-  void endPendingWithReturn() {
-    const std::size_t size = pending_.view().ends_with('\xA1') ? 2 : 1;
-    pending_.cut(pending_.size() - size);
-    pending_.append('\r');
+  // The first of a run of blanks stands for all, if anything follows in the line.
+  void addBlank(const char* p, unsigned size) {
+    if (!state_.isStarted || state_.isInBlanks) return;
+    writeBlank(state_.pending + state_.pendingSize, p, size);
+    state_.pendingSize += size;
+    state_.isInBlanks = true;
   }
 
   const Classes& classes_ = classes();
-  bool isStarted_ = false;   // the line has a character
-  bool isInBlanks_ = false;  // within a run of blanks, and of shapes among them
-  bool hasReturn_ = false;   // a carriage return came last
-  Buffer pending_;           // blanks that are written if anything follows in the line
-  Buffer run_;               // the marks of a run, as they would be written
-  std::size_t runLength_ = 0;
-  std::size_t firstOfRun_ = 0;  // where in run_ the first mark ends
-  std::size_t marksEnd_ = 0;    // and the last one
+  State state_;
+  const char* const end_;
+  const bool ended_;
+  char* to_;
+};
+
+class TrimStage : public Stage {
+ public:
+  std::size_t apply(std::string_view text, bool ended, Buffer& out) override {
+    // Nothing becomes longer, but for blanks that were held.
+    Pass pass(state_, text, ended, out.room(text.size() + 2 * sizeof state_.pending));
+    const char* const end = pass.run(text.data());
+    out.setEnd(pass.written());
+    state_ = ended ? State() : pass.state();
+    return static_cast<std::size_t>(end - text.data());
+  }
+
+  void reset() override { state_ = State(); }
+
+ private:
+  State state_;
 };
 
 }  // namespace

@@ -11,50 +11,47 @@ class TruncateStage : public Stage {
  public:
   explicit TruncateStage(std::size_t limit) : limit_(limit) {}
 
-  void apply(std::string_view text, bool ended, Buffer& out) override {
-    while (!text.empty()) {
-      const std::size_t size = std::min(text.find('\n'), text.size());
-      keep(text.substr(0, size));
-      text.remove_prefix(size);
-      if (text.empty()) break;
-      endLine(out);
-      out.append('\n');
-      text.remove_prefix(1);
-    }
-    if (ended) endLine(out);
+  std::size_t apply(std::string_view text, bool ended, Buffer& out) override {
+    std::size_t used = 0;
+    while (used != text.size() && takeLine(text, used, ended, out)) scanned_ = used;
+    scanned_ = text.size() - used;
+    if (ended) reset();
+    return used;
   }
 
   void reset() override {
-    line_.clear();
-    length_ = 0;
+    scanned_ = 0;
+    isCut_ = false;
   }
 
  private:
-  // As much of the line as has a say in where it is cut.
-  void keep(std::string_view part) {
-    if (part.empty()) return;
-    length_ += part.size();
-    endsInReturn_ = part.back() == '\r';
-    line_.append(part.substr(0, limit_ + 2 - line_.size()));
-  }
-
-  // A carriage return before the line feed belongs to the line end.
-  void endLine(Buffer& out) {
-    if (length_ == 0) return;
-    const std::size_t length = length_ - endsInReturn_;
-    if (length <= limit_) {
-      out.append(line_.view().substr(0, length));
-    } else {
-      cut(out);
+  // Takes a line from `used` on, or as much of it as has a say. False when more has to be seen.
+  bool takeLine(std::string_view text, std::size_t& used, bool ended, Buffer& out) {
+    const std::size_t lineFeed = text.find('\n', std::max(used, scanned_));
+    const bool isWhole = lineFeed != std::string_view::npos || ended;
+    const std::string_view line = text.substr(used, std::min(lineFeed, text.size()) - used);
+    // A carriage return before the line feed belongs to the line end.
+    const bool mayHaveReturn = line.ends_with('\r');
+    const std::string_view body = line.substr(0, line.size() - mayHaveReturn);
+    if (!isWhole && !isCut_ && line.size() < limit_ + 2) return false;
+    if (body.size() <= limit_ && !isCut_) {
+      out.append(body);
+    } else if (!isCut_) {
+      cut(body, out);
     }
-    if (endsInReturn_) out.append('\r');
-    reset();
+    isCut_ = !isWhole;
+    used += isWhole ? line.size() : body.size();
+    if (!isWhole) return false;
+    if (mayHaveReturn) out.append('\r');
+    if (used == text.size()) return true;
+    out.append('\n');
+    ++used;
+    return true;
   }
 
   // The library cuts text that is written in its own classes: words, dots, all other ASCII, and
   // ideographs.
-  void cut(Buffer& out) {
-    const std::string_view line = line_.view();
+  void cut(std::string_view line, Buffer& out) const {
     std::string standIn;
     for (std::size_t at = 0; standIn.size() <= limit_;) {
       const auto b = static_cast<Byte>(line[at]);
@@ -89,9 +86,8 @@ class TruncateStage : public Stage {
   }
 
   const std::size_t limit_;
-  Buffer line_;             // its first limit_ + 2 bytes
-  std::size_t length_ = 0;  // of all of it
-  bool endsInReturn_ = false;
+  std::size_t scanned_ = 0;  // of what was left: bytes without a line feed
+  bool isCut_ = false;       // the rest of the line is dropped
 };
 
 }  // namespace

@@ -18,8 +18,6 @@ struct sgbk_converter {
 
 namespace {
 
-constexpr char kNoMemory[] = "not enough memory";
-
 // Calls `work` and keeps what went wrong.
 template <class Work>
 sgbk_result attempt(sgbk_converter* c, Work work) {
