@@ -13,22 +13,21 @@ namespace {
 
 constexpr std::size_t kPiece = 1 << 18;
 
-const char* sourceGiven(const Options& o) { return o.from.empty() ? "auto" : o.from.c_str(); }
-
-void check(const Converter& converter, sgbk_result result) {
+void check(const Converter& converter, sgbk_result result, const std::string& option = {}) {
   if (result == SGBK_NO_MEMORY) throw std::bad_alloc();
-  if (result == SGBK_USAGE) throw UsageError(sgbk_error(converter.get()));
+  if (result == SGBK_USAGE) throw UsageError(option + sgbk_error(converter.get()));
 }
 
 Converter converterFor(const Options& o) {
-  Converter converter = openConverter(sourceGiven(o), o.to);
-  for (const auto& [name, value] : o.text) {
-    const sgbk_result result =
-        sgbk_set(converter.get(), name.c_str(), value ? value->c_str() : nullptr);
-    if (result == SGBK_USAGE) throw UsageError(std::string("--") + sgbk_error(converter.get()));
-    check(converter, result);
+  Converter converter = openConverter(o.value("from", "auto"), o.value("to", "gbk"));
+  for (const auto& [name, value] : o.given) {
+    for (const sgbk_option& row : textOptions()) {
+      if (row.name != name) continue;
+      const char* const argument = row.argument != nullptr ? value.c_str() : nullptr;
+      check(converter, sgbk_set(converter.get(), row.name, argument), "--");
+    }
   }
-  if (!o.report.empty()) check(converter, sgbk_set(converter.get(), "losses", nullptr));
+  if (o.has("report")) check(converter, sgbk_set(converter.get(), "losses", nullptr));
   // Which options exclude one another shows with the first input; a trial shows it before any file
   // is touched.
   const char* text;
@@ -38,12 +37,10 @@ Converter converterFor(const Options& o) {
 }
 
 bool isProgressShown(const Options& o) {
-  if (o.progress != When::automatic) return o.progress == When::always;
+  const std::string when = o.value("progress", "auto");
   // The lines of the output would run into it.
-  const bool isToStandardOutput = o.output.empty() || o.output == "-";
-  const bool isOutputShown =
-      !o.check && !o.inPlace && o.outputFolder.empty() && isToStandardOutput && isatty(1) == 1;
-  return isatty(2) == 1 && !isOutputShown;
+  return when == "always" ||
+         (when == "auto" && isatty(2) == 1 && !(o.isToStandardOutput() && isatty(1) == 1));
 }
 
 bool isSameSource(const std::string& given, const std::string& found) {
@@ -70,13 +67,13 @@ Conversion::Conversion(const Options& options, std::optional<std::uint64_t> tota
       converter_(converterFor(options)),
       finder_(nullptr, sgbk_close),
       buffer_(kPiece),
-      report_(options.report, options.maxReports),
+      report_(options.value("report"), options.number("max-reports", UINT64_MAX)),
       progress_(isProgressShown(options), total) {}
 
 Outcome Conversion::convert(const std::string& path, Output* output, std::uint64_t& lost) try {
   Input input(path);
   const std::string name = nameOfInput(path);
-  if (input.isTerminal() && !options_.quiet) {
+  if (input.isTerminal() && !options_.has("quiet")) {
     printMessage("reading from the terminal; end with Ctrl-D");
   }
   sgbk_reset(converter_.get());
@@ -124,23 +121,21 @@ const char* Conversion::otherEncoding(const std::string& path) {
                            [](char c) { return static_cast<unsigned char>(c) >= 0xC0; });
     const char* const found = sgbk_source(finder_.get());
     if (std::strcmp(found, "auto") == 0) continue;
-    if (isSameSource(sourceGiven(options_), found)) return nullptr;
+    if (isSameSource(options_.value("from", "auto"), found)) return nullptr;
     if (count >= kEnough) return found;
   }
   return nullptr;
 }
 
 void Conversion::account(const std::string& name, std::uint64_t lost) {
-  const auto isSet = [this](const char* option) {
-    return std::ranges::any_of(options_.text, [&](const auto& set) { return set.first == option; });
-  };
-  if (lost != 0 && (options_.failOnLoss || options_.check || isSet("strict"))) {
+  if (lost != 0 &&
+      (options_.has("strict") || options_.has("fail-on-loss") || options_.has("check"))) {
     status_ = std::max(status_, Status::losses);
   }
-  if (options_.quiet || (lost == 0 && !options_.verbose)) return;
+  if (options_.has("quiet") || (lost == 0 && !options_.has("verbose"))) return;
   progress_.clear();
   const std::string source = sgbk_source(converter_.get());
-  printMessage(name + ": " + (options_.verbose ? source + ", " : "") +
+  printMessage(name + ": " + (options_.has("verbose") ? source + ", " : "") +
                summaryOf(*sgbk_count(converter_.get()), lost));
 }
 

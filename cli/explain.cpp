@@ -1,25 +1,45 @@
 #include "explain.h"
 
+#include <iconv.h>
 #include <langinfo.h>
 #include <locale.h>
 
-#include <cstdio>
+#include <cerrno>
 #include <cstring>
 #include <set>
 
 #include "conversion.h"
-#include "recode.h"
+#include "message.h"
 
 namespace cli {
 namespace {
 
-// The encoding of the terminal. Without a locale, ASCII is all it would be.
-std::string terminalEncoding() {
-  const locale_t locale = newlocale(LC_CTYPE_MASK, "", nullptr);
-  std::string name = locale != nullptr ? nl_langinfo_l(CODESET, locale) : "UTF-8";
-  if (locale != nullptr) freelocale(locale);
-  return name.starts_with("ANSI_X3.4") ? "UTF-8" : name;
-}
+// The C library's converter, for what is not the library's matter: the terminal's encoding, and the
+// code of a character by itself.
+class Recoder {
+ public:
+  Recoder(const char* to, const char* from) : converter_(iconv_open(to, from)) {
+    if (converter_ != reinterpret_cast<iconv_t>(-1)) return;
+    throw std::runtime_error(std::string("the C library cannot convert ") + from + " to " + to);
+  }
+  ~Recoder() { iconv_close(converter_); }
+  Recoder(const Recoder&) = delete;
+  Recoder& operator=(const Recoder&) = delete;
+
+  // Empty when `text` is not valid or holds a character that the other encoding lacks.
+  std::string operator()(std::string text) const {
+    iconv(converter_, nullptr, nullptr, nullptr, nullptr);
+    std::string result(4 * text.size() + 16, '\0');
+    char *in = text.data(), *out = result.data();
+    std::size_t left = text.size(), room = result.size();
+    if (iconv(converter_, &in, &left, &out, &room) != 0) return {};
+    result.resize(result.size() - room);
+    return result;
+  }
+
+ private:
+  iconv_t converter_;
+};
 
 // Converts one character at a time.
 class Way {
@@ -45,35 +65,31 @@ class Way {
   Converter converter_;
 };
 
+constexpr char kLost[] = "no form, lost; kept in gb18030, utf-8 and utf-16le";
+
 class Explainer {
  public:
-  std::string explain(unsigned codePoint, const std::string& utf8) {
-    char title[32];
-    std::snprintf(title, sizeof title, "U+%04X ", codePoint);
-    result_ = title + utf8 + "\n";
-    if (codePoint < 0x80) {
-      line("ascii", "itself", "in gbk-wide " + shown(unicodeToWide_(utf8)));
-      return result_;
-    }
+  std::string explain(const std::string& character) {
+    result_.clear();
     std::set<std::string> reached;
-    const std::string entry = unicodeToGbk_(utf8);
+    const std::string entry = unicodeToGbk_(character);
     if (unicodeToGbk_.isLost()) {
-      line("unicode", "nothing", "no form, lost; kept in gb18030, utf-8 and utf-16le");
+      line("unicode", "nothing", kLost);
     } else if (unicodeToGbk_.isReplaced()) {
       line("unicode", entry, "ASCII that stands for it");
     } else if (entry.empty()) {
       line("unicode", "nothing", "byte-order mark");
     } else {
-      line("unicode", "gbk " + shown(entry), reason(utf8, entry));
+      line("unicode", "gbk " + shown(entry), reason(character, entry));
       reached.insert(entry);
     }
-    explainBig5(utf8, entry);
-    if (const auto cell = cellOf(utf8)) {
-      const std::string unit = gbkToGbk_(*cell);
-      line("gbk " + shown(*cell), "gbk " + shown(unit), reason(utf8, unit));
-      reached.insert({*cell, unit});
+    explainBig5(character, entry);
+    if (const std::string own = ownCode(character); !own.empty()) {
+      const std::string code = gbkToGbk_(own);
+      line("gbk " + shown(own), "gbk " + shown(code), reason(character, code));
+      reached.insert({own, code});
     }
-    for (const std::string& unit : reached) explainTarget(unit);
+    for (const std::string& code : reached) explainTarget(code);
     return result_;
   }
 
@@ -82,66 +98,51 @@ class Explainer {
     result_ += "  " + from + " -> " + to + ": " + why + "\n";
   }
 
-  // "CCE5 体"
-  static std::string inHex(const std::string& bytes) {
-    std::string hex;
-    for (const char c : bytes) {
-      char digits[3];
-      std::snprintf(digits, sizeof digits, "%02X", static_cast<unsigned char>(c));
-      hex += digits;
-    }
-    return hex;
+  std::string shown(const std::string& gbk) const {
+    return inHex(gbk, "") + " " + gbkToUnicode_(gbk);
   }
-  std::string shown(const std::string& gbk) const { return inHex(gbk) + " " + gbkToUnicode_(gbk); }
-
-  // The character's own code of two bytes, if GBK has one.
-  std::optional<std::string> cellOf(const std::string& utf8) const {
-    auto code = toGbk_(utf8);
-    if (!code || code->size() != 2) return std::nullopt;
-    gbkToUnicode_(*code);
-    if (gbkToUnicode_.isLost()) return std::nullopt;
-    return code;
+  std::string shownBig5(const std::string& big5) const {
+    return "big5 " + inHex(big5, "") + " " + fromBig5_(big5);
   }
 
-  // Why the character is written as `unit`.
-  std::string reason(const std::string& utf8, const std::string& unit) const {
-    const auto cell = cellOf(utf8);
-    if (!cell) return "nearest form, GBK has no code for the character itself";
-    if (unit == *cell) return "its own code";
-    return unit == gbkToGbk_(*cell) ? "simplified form" : "another form";
+  // The character's own code of two bytes, empty if GBK has none.
+  std::string ownCode(const std::string& character) const {
+    const std::string code = toGbk_(character);
+    gbkToUnicode_(code);
+    return code.size() != 2 || gbkToUnicode_.isLost() ? "" : code;
+  }
+
+  // Why the character is written as `code`.
+  std::string reason(const std::string& character, const std::string& code) const {
+    const std::string own = ownCode(character);
+    if (code == own || code == character) return "its own code";
+    if (own.empty()) return "nearest form, GBK has no code for the character itself";
+    return code == gbkToGbk_(own) ? "simplified form" : "another form";
   }
 
   // entry  what the table of Unicode has for the character
-  void explainBig5(const std::string& utf8, const std::string& entry) {
-    auto code = toBig5_(utf8);
-    if (!code || code->size() != 2) code = toHongKong_(utf8);
-    if (!code || code->size() != 2) return;
-    const std::string from = "big5 " + inHex(*code);
-    const std::string unit = big5ToGbk_(*code);
-    if (big5ToGbk_.isLost()) {
-      line(from, "a blank", "no form, lost; kept in gb18030, utf-8 and utf-16le");
-    } else {
-      const bool isShared = unit == entry || entry.empty();
-      line(from, "gbk " + shown(unit),
-           isShared ? reason(utf8, unit) : "choice of this table alone");
-    }
+  void explainBig5(const std::string& character, const std::string& entry) {
+    std::string own = toBig5_(character);
+    if (own.size() != 2) own = toHongKong_(character);
+    if (own.size() != 2) return;
+    const std::string from = "big5 " + inHex(own, "");
+    const std::string code = big5ToGbk_(own);
+    if (big5ToGbk_.isLost()) return line(from, "a blank", kLost);
+    const bool isShared = code == entry || entry.empty();
+    line(from, "gbk " + shown(code),
+         isShared ? reason(character, code) : "choice of this table alone");
   }
 
-  void explainTarget(const std::string& unit) {
-    const std::string from = "gbk " + shown(unit);
-    const std::string big5 = gbkToBig5_(unit);
-    if (gbkToBig5_.isLost()) return line(from, "big5", "no form, lost");
-    const auto text = fromBig5_(big5);
-    const bool isOwn = text == gbkToUnicode_(unit);
-    line(from, "big5 " + inHex(big5) + " " + text.value_or("?"),
-         isOwn ? "its own code" : "traditional or nearest form");
-    const std::string traditional = gbkToTraditional_(unit);
-    if (traditional == big5) return;
-    line(from, "big5 " + inHex(traditional) + " " + fromBig5_(traditional).value_or("?"),
-         "with --traditional");
+  void explainTarget(const std::string& code) {
+    const std::string from = "gbk " + shown(code);
+    const std::string big5 = gbkToBig5_(code);
+    if (gbkToBig5_.isLost()) return line(from, "a blank in big5", "no form, lost");
+    const bool isOwn = fromBig5_(big5) == gbkToUnicode_(code);
+    line(from, shownBig5(big5), isOwn ? "its own code" : "traditional or nearest form");
+    const std::string traditional = gbkToTraditional_(code);
+    if (traditional != big5) line(from, shownBig5(traditional), "with --traditional");
   }
 
-  const Way unicodeToWide_{"utf-8", "gbk-wide"};
   const Way unicodeToGbk_{"utf-8", "gbk"};
   const Way big5ToGbk_{"big5", "gbk"};
   const Way gbkToGbk_{"gbk", "gbk"};
@@ -155,22 +156,31 @@ class Explainer {
   std::string result_;
 };
 
+// The encoding of the terminal. Without a locale, ASCII is all it would be.
+std::string terminalEncoding() {
+  const locale_t locale = newlocale(LC_CTYPE_MASK, "", nullptr);
+  const std::string name = locale != nullptr ? nl_langinfo_l(CODESET, locale) : "UTF-8";
+  if (locale != nullptr) freelocale(locale);
+  return name.starts_with("ANSI_X3.4") ? "UTF-8" : name;
+}
+
 }  // namespace
 
 std::string explain(const std::string& text) {
   const std::string encoding = terminalEncoding();
-  const auto units = Recoder("UTF-32LE", encoding.c_str())(text);
-  if (!units) throw UsageError("--explain: the text is no " + encoding);
+  const std::string units = Recoder("UTF-32LE", encoding.c_str())(text);
+  if (units.empty() && !text.empty()) throw UsageError("--explain: the text is no " + encoding);
   const Recoder toUtf8("UTF-8", "UTF-32LE");
   Explainer explainer;
   std::string result;
-  for (std::size_t i = 0; i < units->size(); i += 4) {
-    const std::string unit = units->substr(i, 4);
-    unsigned codePoint;
-    std::memcpy(&codePoint, unit.data(), sizeof codePoint);
-    result += explainer.explain(codePoint, toUtf8(unit).value_or(""));
+  for (std::size_t i = 0; i < units.size(); i += 4) {
+    std::uint32_t codePoint;
+    std::memcpy(&codePoint, &units[i], sizeof codePoint);
+    const std::string character = toUtf8(units.substr(i, 4));
+    result += codePointName(codePoint) + " " + character + "\n" + explainer.explain(character);
   }
-  return Recoder((encoding + "//TRANSLIT").c_str(), "UTF-8")(result).value_or(result);
+  const std::string shown = Recoder((encoding + "//TRANSLIT").c_str(), "UTF-8")(result);
+  return shown.empty() ? result : shown;
 }
 
 }  // namespace cli

@@ -1,7 +1,6 @@
 #include "loss_report.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "message.h"
 
@@ -9,28 +8,18 @@ namespace cli {
 namespace {
 
 std::string bytesOf(const sgbk_loss& loss) {
-  std::string hex;
-  for (int i = 0; i < loss.size; ++i) {
-    char digits[4];
-    std::snprintf(digits, sizeof digits, i == 0 ? "%02X" : " %02X", loss.bytes[i]);
-    hex += digits;
-  }
-  return hex;
+  return inHex({reinterpret_cast<const char*>(loss.bytes), loss.size});
 }
 
-// "U+1F600", empty where the input is not in Unicode.
+// Empty where the input is not in Unicode.
 std::string codePointOf(const sgbk_loss& loss) {
-  if (loss.code_point == 0) return {};
-  char text[16];
-  std::snprintf(text, sizeof text, "U+%04X", static_cast<unsigned>(loss.code_point));
-  return text;
+  return loss.code_point == 0 ? "" : codePointName(loss.code_point);
 }
 
 }  // namespace
 
 std::string summaryOf(const sgbk_counts& counts, std::uint64_t lost) {
-  std::string text = lost == 0 ? "none" : std::to_string(lost);
-  text = std::to_string(counts.characters) + " characters, " + text + " lost";
+  std::string text = std::to_string(counts.characters) + " characters, none lost";
   if (lost != 0) {
     text = std::to_string(lost) + " of " + std::to_string(counts.characters) + " characters lost (";
     const char* separator = "";

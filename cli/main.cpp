@@ -26,10 +26,10 @@ Status print(const std::string& text) try {
 
 Status run(int argc, char** argv) {
   const cli::Options options = cli::parseOptions(argc, argv);
-  if (options.help) return print(cli::helpText());
-  if (options.encodings) return print(cli::encodingList());
-  if (options.version) return print(cli::versionText());
-  if (options.explain) return print(cli::explain(*options.explain));
+  if (options.has("help")) return print(cli::helpText());
+  if (options.has("list")) return print(cli::encodingList());
+  if (options.has("version")) return print(cli::versionText());
+  if (options.has("explain")) return print(cli::explain(options.value("explain")));
   return cli::convertFiles(options);
 }
 

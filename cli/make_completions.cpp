@@ -1,6 +1,4 @@
-// Writes the completion of a shell from the option table; run by the build.
-
-#include <sgbk/text.h>
+// Writes the completion of a shell from the tables of options; run by the build.
 
 #include <cstdio>
 #include <iostream>
@@ -11,71 +9,64 @@
 
 namespace {
 
-using cli::Completion;
-using cli::OptionRow;
-
-std::string namesOf(const sgbk_encoding* (*all)(std::size_t*)) {
-  std::size_t count = 0;
-  std::string names;
-  for (const sgbk_encoding* row = all(&count); count != 0; ++row, --count) {
-    names.append(names.empty() ? "" : " ").append(row->name);
-  }
-  return names;
+// Calls what(row) for the options of the command and of the library.
+template <class What>
+void forEachOption(What what) {
+  for (const sgbk_option& row : cli::ownOptions()) what(row);
+  for (const sgbk_option& row : cli::textOptions()) what(row);
 }
 
 // The words that an argument may be, empty for a free one.
-std::string wordsFor(const OptionRow& row) {
-  switch (row.completion) {
-    case Completion::source: return namesOf(sgbk_sources);
-    case Completion::target: return namesOf(sgbk_targets);
-    case Completion::when: return "auto always never";
-    default: return {};
-  }
+std::string wordsFor(const sgbk_option& row) {
+  const std::string_view name = row.name;
+  if (name == "progress") return "auto always never";
+  if (name != "from" && name != "to") return {};
+  std::size_t count = 0;
+  const sgbk_encoding* encoding = name == "from" ? sgbk_sources(&count) : sgbk_targets(&count);
+  std::string words;
+  for (; count != 0; ++encoding, --count)
+    words += (words.empty() ? "" : " ") + std::string(encoding->name);
+  return words;
 }
 
-bool needsArgument(const OptionRow& row) {
-  return row.argument != nullptr && !cli::hasOptionalArgument(row);
+bool isRequired(const sgbk_option& row) {
+  return row.argument != nullptr && !cli::isOptional(row.argument);
 }
 
-bool namesFile(const OptionRow& row) {
-  return row.completion == Completion::file || row.completion == Completion::folder;
+bool isNameOf(const sgbk_option& row, std::string_view what) {
+  return row.argument != nullptr && row.argument == what;
 }
 
-// "-f|--from"
-std::string bothNames(const OptionRow& row) {
-  const std::string name = std::string("--") + row.name;
-  return row.letter != 0 ? std::string("-") + row.letter + "|" + name : name;
-}
+std::string longName(const sgbk_option& row) { return std::string("--") + row.name; }
 
 std::string forBash() {
-  std::string text =
-      "# bash completion of sgbk\n"
-      "_sgbk() {\n"
-      "  local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}\n"
-      "  if [ \"$cur\" = = ]; then cur=\n"
-      "  elif [ \"$prev\" = = ]; then prev=${COMP_WORDS[COMP_CWORD-2]}\n"
-      "  fi\n"
-      "  COMPREPLY=()\n"
-      "  case $prev in\n";
-  std::string options;
-  for (const OptionRow& row : cli::optionTable()) {
-    options += std::string(options.empty() ? "" : " ") + "--" + row.name;
-    if (!needsArgument(row)) continue;
+  std::string cases, options;
+  forEachOption([&](const sgbk_option& row) {
+    options += (options.empty() ? "" : " ") + longName(row);
+    if (!isRequired(row)) return;
     const std::string words = wordsFor(row);
-    text += "    " + bothNames(row) + ") ";
-    if (!words.empty()) text += "COMPREPLY=($(compgen -W \"" + words + "\" -- \"$cur\")); ";
-    text += "return ;;\n";
-  }
-  text +=
-      "  esac\n"
-      "  case $cur in\n"
-      "    -*) COMPREPLY=($(compgen -W \"" +
-      options +
-      "\" -- \"$cur\")) ;;\n"
-      "  esac\n"
-      "}\n"
-      "complete -o default -F _sgbk sgbk\n";
-  return text;
+    cases += "    " + (row.letter != 0 ? std::string("-") + row.letter + "|" : "") + longName(row);
+    cases += words.empty()
+                 ? ") return ;;\n"
+                 : ") COMPREPLY=($(compgen -W \"" + words + "\" -- \"$cur\")); return ;;\n";
+  });
+  return "# bash completion of sgbk\n"
+         "_sgbk() {\n"
+         "  local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}\n"
+         "  if [ \"$cur\" = = ]; then cur=\n"
+         "  elif [ \"$prev\" = = ]; then prev=${COMP_WORDS[COMP_CWORD-2]}\n"
+         "  fi\n"
+         "  COMPREPLY=()\n"
+         "  case $prev in\n" +
+         cases +
+         "  esac\n"
+         "  case $cur in\n"
+         "    -*) COMPREPLY=($(compgen -W \"" +
+         options +
+         "\" -- \"$cur\")) ;;\n"
+         "  esac\n"
+         "}\n"
+         "complete -o default -F _sgbk sgbk\n";
 }
 
 // Help texts stand between these quotes and brackets.
@@ -90,41 +81,41 @@ std::string escaped(std::string_view help, std::string_view special) {
 
 std::string forZsh() {
   std::string text = "#compdef sgbk\n_arguments -s -S";
-  for (const OptionRow& row : cli::optionTable()) {
-    const std::string name = std::string("--") + row.name;
-    const std::string letter = row.letter != 0 ? std::string("-") + row.letter : "";
-    const char* const end = needsArgument(row) ? "=" : row.argument != nullptr ? "=-" : "";
-    const char* const letterEnd = needsArgument(row) ? "+" : row.argument != nullptr ? "-" : "";
-    text += " \\\n  ";
+  forEachOption([&](const sgbk_option& row) {
+    const std::string letter = std::string("-") + row.letter;
+    const bool isNone = row.argument == nullptr;
+    const std::string name = longName(row) + (isRequired(row) ? "=" : isNone ? "" : "=-");
+    const std::string ending = isRequired(row) ? "+" : isNone ? "" : "-";
+    text += " \\\n  '";
     if (row.letter != 0) {
-      text += "'(" + letter + " " + name + ")'{" + letter + letterEnd + "," + name + end + "}'";
+      text += "(" + letter + " " + longName(row) + ")'{" + letter + ending + "," + name + "}'";
     } else {
-      text += "'" + name + end;
+      text += name;
     }
     text += "[" + escaped(row.help, "[]:") + "]";
-    if (row.argument != nullptr) {
-      const std::string words = wordsFor(row);
-      text += needsArgument(row) ? ":" : "::";
-      text += row.completion == Completion::file     ? "file:_files"
-              : row.completion == Completion::folder ? "folder:_files -/"
-              : words.empty()                        ? "argument: "
-                                                     : "name:(" + words + ")";
-    }
+    const std::string words = wordsFor(row);
+    if (!isNone) text += isRequired(row) ? ":" : "::";
+    text += isNone                  ? ""
+            : isNameOf(row, "FILE") ? "file:_files"
+            : isNameOf(row, "DIR")  ? "folder:_files -/"
+            : words.empty()         ? "argument: "
+                                    : "name:(" + words + ")";
     text += "'";
-  }
+  });
   return text + " \\\n  '*:file:_files'\n";
 }
 
 std::string forFish() {
   std::string text = "# fish completion of sgbk\n";
-  for (const OptionRow& row : cli::optionTable()) {
+  forEachOption([&](const sgbk_option& row) {
     text += "complete -c sgbk";
     if (row.letter != 0) text += std::string(" -s ") + row.letter;
     text += std::string(" -l ") + row.name;
-    if (needsArgument(row)) text += namesFile(row) ? " -r -F" : " -x";
+    const bool isPath = isNameOf(row, "FILE") || isNameOf(row, "DIR");
+    if (isRequired(row)) text += isPath ? " -r -F" : " -x";
     if (const std::string words = wordsFor(row); !words.empty()) text += " -a '" + words + "'";
     text += " -d '" + escaped(row.help, "'\\") + "'\n";
-  }
+  });
   return text;
 }
 
@@ -132,15 +123,6 @@ std::string forFish() {
 
 int main(int argc, char** argv) {
   const std::string_view shell = argc == 2 ? argv[1] : "";
-  if (shell == "bash") {
-    std::cout << forBash();
-  } else if (shell == "zsh") {
-    std::cout << forZsh();
-  } else if (shell == "fish") {
-    std::cout << forFish();
-  } else {
-    std::fputs("usage: sgbk-make-completions bash|zsh|fish\n", stderr);
-    return 2;
-  }
+  std::cout << (shell == "bash" ? forBash() : shell == "zsh" ? forZsh() : forFish());
   return std::cout.flush() ? 0 : 1;
 }

@@ -45,14 +45,14 @@ class Run {
       refuseInputAs(*report);
       if (!report->isDirect()) taken_.insert(placeOf(report->name()));
     }
-    if (!options_.output.empty() && taken_.contains(placeOf(options_.output))) {
+    if (options_.has("output") && taken_.contains(placeOf(options_.value("output")))) {
       throw UsageError("--report and -o name the same file");
     }
   }
 
   Status convertAll() {
     try {
-      options_.inPlace || !options_.outputFolder.empty() ? convertEach() : convertToOne();
+      options_.isEach() ? convertEach() : convertToOne();
     } catch (const OutputFailure& failure) {
       tell(failure);
     }
@@ -85,8 +85,8 @@ class Run {
 
   void convertToOne() {
     std::unique_ptr<Output> output;
-    if (!options_.check) {
-      output = std::make_unique<Output>(options_.output.empty() ? "-" : options_.output);
+    if (!options_.has("check")) {
+      output = std::make_unique<Output>(options_.value("output", "-"));
       refuseInputAs(*output);
     }
     bool isComplete = true;
@@ -119,31 +119,31 @@ class Run {
 
   // Converts a file to an output of its own.
   Outcome convertAlone(const std::string& path) {
-    const std::string target = options_.inPlace ? path : targetInFolder(path);
+    const std::string target = isInPlace_ ? path : targetInFolder(path);
     if (target.empty()) return refuse(path, "--output-dir takes neither absolute paths nor '..'");
     const auto there = fileAt(path);
     if (!there) return refuse(path, std::strerror(errno));
-    if (options_.inPlace && !S_ISREG(there->st_mode)) return refuse(path, "not a regular file");
+    if (isInPlace_ && !S_ISREG(there->st_mode)) return refuse(path, "not a regular file");
     // What has been converted is not in the encoding of the input any more.
     if (!taken_.insert(placeOf(target)).second) return refuse(path, "its place is taken already");
-    const std::string backup = options_.suffix.empty() ? "" : path + options_.suffix;
+    const std::string backup = suffix_.empty() ? "" : path + suffix_;
     if (!backup.empty() && !takeFreeName(backup)) return refuse(path, backup + " exists already");
-    if (options_.inPlace && !options_.force) {
+    if (isInPlace_ && !options_.has("force")) {
       if (const char* const other = conversion_.otherEncoding(path)) {
         conversion_.tell(Status::losses, path + ": left as it was: it looks like " + other +
-                                             ", not " + options_.from +
+                                             ", not " + options_.value("from") +
                                              "; --force converts it all the same");
         return Outcome::converted;
       }
     }
-    if (!options_.inPlace) makeFolderOf(target);
+    if (!isInPlace_) makeFolderOf(target);
     auto output = std::make_unique<Output>(target);
-    if (options_.inPlace && output->isDirect()) return refuse(path, "is being written");
-    if (!options_.inPlace) refuseInputAs(*output);
+    if (isInPlace_ && output->isDirect()) return refuse(path, "is being written");
+    if (!isInPlace_) refuseInputAs(*output);
     std::uint64_t lost = 0;
     const Outcome outcome = conversion_.convert(path, output.get(), lost);
     if (outcome != Outcome::converted) return outcome;
-    if (lost != 0 && options_.failOnLoss) {
+    if (lost != 0 && options_.has("fail-on-loss")) {
       printMessage(target + (output->old() ? ": left as it was" : ": not written"));
     } else {
       placement_.add(std::move(output), backup);
@@ -155,7 +155,7 @@ class Run {
   std::string targetInFolder(const std::string& path) const {
     const fs::path below = path;
     if (below.is_absolute() || std::ranges::count(below, fs::path("..")) != 0) return {};
-    return (options_.outputFolder / below).lexically_normal();
+    return (fs::path(options_.value("output-dir")) / below).lexically_normal();
   }
 
   static void makeFolderOf(const fs::path& path) {
@@ -190,6 +190,8 @@ class Run {
   }
 
   const Options& options_;
+  const bool isInPlace_ = options_.has("in-place");
+  const std::string suffix_ = options_.value("in-place");
   std::set<std::pair<dev_t, ino_t>> inputs_;
   std::set<std::string> taken_;  // places that are written or kept
   const std::optional<std::uint64_t> total_;
@@ -200,15 +202,16 @@ class Run {
 }  // namespace
 
 Status convertFiles(Options options) try {
-  if (!options.list.empty()) {
-    for (std::string& name : namesIn(options.list)) options.files.push_back(std::move(name));
+  if (options.has("files-from")) {
+    for (std::string& name : namesIn(options.value("files-from")))
+      options.files.push_back(std::move(name));
   }
   return Run(options).convertAll();
 } catch (const OutputFailure& failure) {
   printMessage(failure.what());
   return Status::failure;
 } catch (const InputFailure& failure) {
-  printMessage(nameOfInput(options.list) + ": " + failure.what());
+  printMessage(nameOfInput(options.value("files-from")) + ": " + failure.what());
   return Status::failure;
 }
 
