@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string>
 
 namespace cli {
+namespace {
 
+// "1.4 GiB"
 std::string inUnits(double bytes) {
   constexpr const char* kUnits[] = {"B", "KiB", "MiB", "GiB", "TiB"};
   int unit = 0;
@@ -13,6 +16,8 @@ std::string inUnits(double bytes) {
   std::snprintf(text, sizeof text, unit == 0 ? "%.0f %s" : "%.1f %s", bytes, kUnits[unit]);
   return text;
 }
+
+}  // namespace
 
 void Progress::at(std::uint64_t bytes) {
   if (!isShown_) return;

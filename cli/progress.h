@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
-#include <string>
 
 namespace cli {
 
@@ -33,9 +32,6 @@ class Progress {
   Clock::time_point next_ = start_ + std::chrono::seconds(1);
   bool isOnScreen_ = false;
 };
-
-// "1.4 GiB"
-std::string inUnits(double bytes);
 
 }  // namespace cli
 
