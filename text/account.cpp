@@ -96,6 +96,7 @@ void Account::add(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint
 
 void Account::addAgain(const sgbk_loss& loss) {
   ++counts_.reasons[loss.reason];
+  ++counts_.characters;
   if (counts_.first.size == 0) counts_.first = loss;
   if (isListed_) losses_.push_back(loss);
 }

@@ -222,7 +222,12 @@ void Converter::stopAtLoss(std::string_view lines, bool last) {
     searched_ = searched;
     setForm(isDeclaring_ || !stages_.empty() ? Form::middle : Form::target);
     const auto before = lines.substr(0, static_cast<std::size_t>(loss.offset - seen_));
-    declare(lines.substr(0, afterLastLineFeed(before, lineFeedsOf(source_))), true);
+    const std::size_t size = afterLastLineFeed(before, lineFeedsOf(source_));
+    declare(before.substr(0, size), true);
+    // The characters in front of the loss count, but are not written.
+    const std::size_t whole = out_.size();
+    declare(before.substr(size), true);
+    out_.cut(whole);
   }
   account_.addAgain(loss);
   throw Failure(SGBK_LOST, sentenceFor(loss));

@@ -128,6 +128,7 @@ class Pass {
       if (length > kLongestRun) {
         to_ = start + (state_.pendingSize == 0 ? firstSize : 0);
         state_.isInLongRun = true;
+        state_.isInBlanks = false;
         return p;
       }
       if (p == end_) {
