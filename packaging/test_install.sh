@@ -31,9 +31,15 @@ mkdir "$work/by-pkg-config"
 # shellcheck disable=SC2046
 "$cxx" -static "$consumer/consumer.cpp" -o "$work/by-pkg-config/consumer-static" \
   $(pkg-config --static --cflags --libs sgbk)
+# shellcheck disable=SC2046
+"${CC:-cc}" "$consumer/text_consumer.c" -o "$work/by-pkg-config/text-consumer" \
+  $(pkg-config --cflags --libs sgbk-text) -Wl,-rpath,"$prefix/lib"
+# shellcheck disable=SC2046
+"${CC:-cc}" -static "$consumer/text_consumer.c" -o "$work/by-pkg-config/text-consumer-static" \
+  $(pkg-config --static --cflags --libs sgbk-text)
 
 for route in by-cmake by-pkg-config; do
-  for kind in consumer consumer-static; do
+  for kind in consumer consumer-static text-consumer text-consumer-static; do
     "$work/$route/$kind" || fail "$route: $kind fails"
   done
   needs "$work/$route/consumer" | grep -q 'libsgbk\.so\.1' || fail "$route: not linked to libsgbk"
