@@ -1,0 +1,216 @@
+"""The package beside Python's own codecs, and its routes beside each other: any cutting, any kind
+of buffer, any thread."""
+
+import array
+import gzip
+import io
+import mmap
+import os
+import random
+import sys
+import threading
+import time
+
+import pytest
+
+import sgbk
+
+SOURCES = {"big5": "big5hkscs", "gbk": "gb18030", "utf-8": "utf-8", "ucs-2le": "utf-16-le",
+           "hz": "hz"}
+PIECE = sgbk._PIECE
+
+
+def damaged(size, seed=1):
+    """Text in Big5 of at least so many bytes, with rare characters and stray bytes."""
+    chance = random.Random(seed)
+    units = [*"漢語，學而時習之。ABC <b>\n\n", "\U00020547", "&eacute;"]
+    text = b"".join(chance.choice(units).encode("big5hkscs") for _ in range(size))
+    for _ in range(size // 100):
+        at = chance.randrange(len(text))
+        text = text[:at] + chance.choice([b"\xff", b"\x80", b"\xa3\xfe", b"\xfe"]) + text[at:]
+    return text + b"\n"
+
+
+LONG = damaged(PIECE)
+
+
+def cut(data, seed):
+    chance = random.Random(seed)
+    while data:
+        size = chance.choice([1, 2, 3, 100, PIECE, 2 * PIECE + 1])
+        yield data[:size]
+        data = data[size:]
+
+
+def test_a_str_holds_every_character():
+    text = "".join(map(chr, [*range(0x80, 0xD800), *range(0xE000, 0xFEFF), *range(0xFF00, 0x110000)]))
+    result = sgbk.convert(text.encode(), "utf-8", "utf-8", losses=True)
+    assert result.losses == [] and result.counts.characters == len(text)
+    decoded = sgbk.decode(text.encode(), "utf-8")
+    assert decoded == result.data.decode() and len(decoded) == len(text)
+    # Some have a simpler form; a blank stands for blanks only.
+    for before, after in zip(text, decoded):
+        assert before == after or before < "\U00010000" and after != "\u3000" or before.isspace()
+
+
+@pytest.mark.parametrize("source", SOURCES)
+def test_simplified_text_is_what_the_codec_makes_of_it(source):
+    text = "国语，学而时习之 ABC\n" * (PIECE // 20)
+    data = text.encode(SOURCES[source], "ignore")
+    assert sgbk.decode(data, source) == data.decode(SOURCES[source])
+
+
+@pytest.mark.parametrize("source", SOURCES)
+def test_all_routes_give_one_text_and_one_account(source, tmp_path):
+    data = bytes(random.Random(2).choices(range(256), k=3000)) + b"\n" + LONG
+    whole = sgbk.convert(data, source, "utf-8", losses=True, entities=True)
+    assert whole.losses and whole.counts.lost + whole.counts.replaced == len(whole.losses)
+    assert whole.counts.bytes == len(data)
+    assert sgbk.decode(data, source, entities=True) == whole.data.decode()
+    assert sgbk.convert(data, source, "utf-8", entities=True) == whole.data
+    for loss in whole.losses:
+        assert data[loss.offset:loss.offset + len(loss.bytes)] == loss.bytes
+    converter = sgbk.Converter(source, "utf-8", losses=True, entities=True)
+    for seed in range(2):
+        text, losses = b"", []
+        for piece in cut(data, seed):
+            text += converter.feed(piece)
+            losses += converter.losses
+        text += converter.finish()
+        assert (text, losses + converter.losses) == (whole.data, whole.losses)
+        assert converter.counts == whole.counts
+        with pytest.raises(ValueError, match="reset"):
+            converter.feed(b"")
+        converter.reset()
+    tmp_path.joinpath("text").write_bytes(data)
+    tmp_path.joinpath("text.gz").write_bytes(gzip.compress(data, 1))
+    for file in tmp_path / "text", gzip.open(tmp_path / "text.gz"):
+        with sgbk.open(file, source, newline="\n", entities=True) as lines:
+            assert list(lines) == list(io.StringIO(whole.data.decode(), newline="\n"))
+            assert lines.counts == whole.counts and lines.source == source
+
+
+def test_every_kind_of_buffer(tmp_path):
+    data = LONG[:-1] if len(LONG) % 2 else LONG
+    expected = sgbk.decode(data, "big5")
+    path = tmp_path / "text"
+    path.write_bytes(data)
+    with open(path, "rb") as file, mmap.mmap(file.fileno(), 0, access=mmap.ACCESS_READ) as mapped:
+        for buffer in bytearray(data), memoryview(data), array.array("H", data), mapped:
+            assert sgbk.decode(buffer, "big5") == expected
+    assert sgbk.decode(b"") == "" and sgbk.convert(memoryview(b"")) == b""
+    for wrong in "text", None, memoryview(data)[::2]:
+        with pytest.raises((TypeError, BufferError, ValueError)):
+            sgbk.decode(wrong)
+
+
+@pytest.mark.parametrize("before", [0, 5, 2 * PIECE + 3])
+def test_strict_tells_the_place(before, tmp_path):
+    data = b"a\n" * (before // 2) + b"b" * (before % 2) + b"\xff\n\xba~\xfe"
+    for buffer in data, bytearray(data):
+        with pytest.raises(UnicodeDecodeError) as caught:
+            sgbk.decode(buffer, "BIG-FIVE", strict=True)
+        assert caught.value.args == ("big5", data, before, before + 1, "malformed")
+    tmp_path.joinpath("text").write_bytes(data)
+    with sgbk.open(tmp_path / "text", "big5", strict=True) as lines:
+        with pytest.raises(UnicodeDecodeError, match=f"byte {before}: FF is malformed") as caught:
+            list(lines)
+        assert caught.value.object[caught.value.start:caught.value.end] == b"\xff"
+    with pytest.raises(UnicodeDecodeError, match="not in the target"):
+        sgbk.convert("x😀".encode(), "utf-8", "gbk", strict=True)
+    # What failed leaves nothing behind.
+    assert sgbk.decode(b"\xba~", "BIG-FIVE", strict=True) == "汉"
+
+
+@pytest.mark.parametrize("call", [
+    lambda *names, **options: sgbk.convert(b"", *names, **options),
+    lambda *names, **options: sgbk.Converter(*names, **options)])
+def test_what_is_wrong_is_told_with_the_choices(call):
+    with pytest.raises(LookupError, match="'big6'.* big5, .*hz"):
+        call("big6")
+    with pytest.raises(LookupError, match="'auto'.* gb18030"):
+        call("big5", "auto")
+    with pytest.raises(ValueError, match="'entitys'.* entities, "):
+        call(entitys=True)
+    for options in {"truncate": 0}, {"truncate": "x"}, {"entities": "no"}, {"traditional": True}, \
+            {"replace": "a\0b"}, {"replace": "a\nb"}:
+        with pytest.raises(ValueError, match="^" + next(iter(options)) + "|NUL"):
+            call("big5", "gbk", **options)
+
+
+def test_options():
+    line = "ＡＢ 漢語，漢語，漢語".encode("gbk")
+    rows = {"AB 汉语,汉语,汉语": {"half_width": True}, "ＡＢ 漢語，漢語，漢語": {"simplify": False},
+            "ＡＢ ...": {"truncate": 10}, "ＡＢ 汉语，汉语，汉语": {"truncate": None, "html": False}}
+    for expected, options in rows.items():
+        assert sgbk.decode(line, "gbk", **options) == expected
+    assert sgbk.decode(b"\xff", "gbk", replace="〓") == "〓"
+    assert sgbk.convert("x😀".encode(), "utf-8", "gbk") == b"x"
+    assert sgbk.convert("x😀".encode(), "utf-8", "gbk", losses=True).losses == [
+        (1, 1, "😀".encode(), "not in the target", ord("😀"))]
+    for option in sgbk._OPTIONS:
+        assert f"\n    {option}=" in sgbk.__doc__
+
+
+def test_the_encoding_is_found():
+    text = "人之初，性本善。性相近，习相远。苟不教，性乃迁。" * 20
+    for name in "gbk", "utf-8":
+        assert sgbk.detect(text.encode(name)) == name
+        result = sgbk.convert(text.encode(name), losses=True)
+        assert result.source == name and result.data == text.encode("gbk")
+    # Without a line end, more may tell more.
+    assert sgbk.detect(text.encode(), whole=False) is None
+    assert sgbk.detect(b"\xff\xfe\0\0") is None
+    with pytest.raises(UnicodeError, match="UTF-32"):
+        sgbk.decode(b"\xff\xfe\0\0")
+
+
+def test_threads_and_a_fork():
+    texts = [damaged(50 * size, seed=size) for size in range(1, 9)]
+    expected = [sgbk.convert(text, "big5", "utf-8") for text in texts]
+    shared = sgbk.Converter("big5", "utf-8")
+    wrong = []
+
+    def work(number):
+        for _ in range(50):
+            if sgbk.convert(texts[number], "big5", "utf-8") != expected[number]:
+                wrong.append(number)
+            shared.feed(LONG)
+
+    threads = [threading.Thread(target=work, args=[number]) for number in range(len(texts))]
+    for thread in threads:
+        thread.start()
+    for _ in range(10):
+        child = os.fork()
+        if child == 0:
+            os._exit(sgbk.convert(texts[0], "big5", "utf-8") != expected[0])
+        assert os.waitpid(child, 0)[1] == 0
+    for thread in threads:
+        thread.join()
+    assert not wrong and shared.counts.lines == 8 * 50 * LONG.count(b"\n")
+
+
+def test_other_threads_run_while_it_converts():
+    ticks, done = 0, False
+
+    def tick():
+        nonlocal ticks
+        while not done:
+            ticks += 1
+            time.sleep(0)
+
+    interval = sys.getswitchinterval()
+    thread = threading.Thread(target=tick)
+    thread.start()
+    # From here on a thread runs until it waits, or lets others run.
+    sys.setswitchinterval(1000)
+    try:
+        data = LONG * 20
+        before = ticks
+        sgbk.convert(data, "big5")
+        after = ticks
+    finally:
+        sys.setswitchinterval(interval)
+        done = True
+        thread.join()
+    assert after > before
