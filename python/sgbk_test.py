@@ -6,7 +6,9 @@ import gzip
 import io
 import mmap
 import os
+import pathlib
 import random
+import re
 import sys
 import threading
 import time
@@ -163,6 +165,13 @@ def test_the_encoding_is_found():
     assert sgbk.detect(b"\xff\xfe\0\0") is None
     with pytest.raises(UnicodeError, match="UTF-32"):
         sgbk.decode(b"\xff\xfe\0\0")
+
+
+def test_the_program_in_the_readme(capsys):
+    readme = pathlib.Path(__file__).parent.parent.joinpath("README.md").read_text("utf-8")
+    program = re.search("```python\n(.*?)```", readme, re.DOTALL)[1]
+    exec(program)
+    assert capsys.readouterr().out.splitlines() == re.findall(r"print\(.*# (.*)", program)
 
 
 def test_threads_and_a_fork():
