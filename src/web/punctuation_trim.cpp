@@ -1,6 +1,8 @@
 // trimgPunc: thinning of blanks, shapes and long runs of punctuation marks.
 
-#include "core/gbk_bytes.h"
+#include <utility>
+
+#include "core/pair_block.h"
 #include "sgbk/support.h"
 
 namespace {
@@ -31,6 +33,29 @@ Kind kindOfSymbol(gchar_t unit) {
 
 bool isPassedOver(Kind kind) { return kind >= Kind::shape; }
 
+// Which of sixteen units are of a kind. What is of none takes a closer look.
+struct Kinds {
+  explicit Kinds(const sgbk::PairBlock& units) {
+    using sgbk::equalTo;
+    using sgbk::everyByte;
+    using sgbk::maskOf;
+    using sgbk::within;
+    const sgbk::Bytes leads = units.leads;
+    const sgbk::Bytes trails = units.trails;
+    const sgbk::Bytes plain = within(leads, 0x01, 0xA0) | within(leads, 0xB0, 0xF7) |
+                              (within(leads, 0xAA, 0xFF) & within(trails, 0x00, 0xA0));
+    const sgbk::Bytes lettersAndDigits =
+        within(trails & everyByte(0xDF), 0xC1, 0xDA) | within(trails, 0xB0, 0xB9);
+    ordinary = maskOf(plain | (equalTo(leads, 0xA3) & lettersAndDigits));
+    lineEnds = maskOf(units.equalToPair(RETURN_CONVERSION_CHAR));
+    blanks = maskOf(units.equalToPair(CHINESE_SPACE_CHAR)) | lineEnds;
+    // Of rows A1 and A3, the letters among them.
+    marks = ~blanks & maskOf(equalTo(leads | everyByte(0x02), 0xA3) & within(trails, 0xA1, 0xED));
+  }
+
+  sgbk::Mask ordinary, marks, blanks, lineEnds;
+};
+
 // Copies a run of marks to `out`, each of its blanks as one; returns the end of the copy.
 gchar_t* copyMarks(const gchar_t* run, const gchar_t* end, gchar_t* out) {
   for (; run != end; ++run) {
@@ -43,46 +68,132 @@ gchar_t* copyMarks(const gchar_t* run, const gchar_t* end, gchar_t* out) {
   return out;
 }
 
-// The pass over a source whose end `atEnd` tells; a 0 unit before the end is dropped. Being of the
-// ordinary kind, it ends the runs on either side of it.
-template <class AtEnd>
-size_t trim(const gchar_t* in, gchar_t* const dest0, AtEnd atEnd) {
+// A source that ends at its first 0 unit. Nothing is read behind it, so one unit after the other is
+// tested, and each once.
+struct TerminatedUnits {
+  const gchar_t* p;
+  const gchar_t* tested = p;
+  bool atEnd() const { return *p == 0; }
+  bool hasBlock() {
+    if (tested < p) tested = p;
+    if (tested - p < sgbk::kBlockPairs && isBlock(tested)) tested += sgbk::kBlockPairs;
+    return tested - p >= sgbk::kBlockPairs;
+  }
+  static bool isBlock(const gchar_t* units) {
+    return [units]<int... i>(std::integer_sequence<int, i...>) { return ((units[i] != 0) && ...); }
+    (std::make_integer_sequence<int, sgbk::kBlockPairs>{});
+  }
+};
+
+// A source that ends at `tail`. A 0 unit before it is dropped; being of the ordinary kind, it ends
+// the runs on either side of it.
+struct CountedUnits {
+  const gchar_t* p;
+  const gchar_t* const tail;
+  bool atEnd() const { return p == tail; }
+  bool hasBlock() const { return tail - p >= sgbk::kBlockPairs; }
+};
+
+// Takes what is left of a run of blanks and shapes, and returns what stands for the whole of it.
+template <class Input>
+[[gnu::always_inline]] inline gchar_t takeBlanks(Input& in, bool ifnewline) {
+  for (bool whole = true; whole && in.hasBlock();) {
+    const Kinds kinds{sgbk::PairBlock(in.p)};
+    const sgbk::Mask run = sgbk::before(~kinds.blanks & sgbk::kWholeMask);
+    ifnewline = ifnewline || (kinds.lineEnds & run) != 0;
+    in.p += sgbk::countUpTo(run);
+    whole = run == sgbk::kWholeMask;
+  }
+  for (; !in.atEnd() && isPassedOver(kindOf(*in.p)); ++in.p) {
+    ifnewline = ifnewline || *in.p == RETURN_CONVERSION_CHAR;
+  }
+  return ifnewline ? RETURN_CONVERSION_CHAR : CHINESE_SPACE_CHAR;
+}
+
+// Takes sixteen units at a time as long as they are ordinary ones, short runs of marks and blanks.
+// May leave units behind the output.
+template <class Input>
+[[gnu::always_inline]] inline gchar_t* takePlain(Input& in, gchar_t* out) {
+  constexpr int kBits = sgbk::kMaskBits;
+  constexpr sgbk::Mask kOne = (1 << kBits) - 1;
+  bool open = false;  // the last unit copied is a mark or a blank, whose run may go on
+  sgbk::Mask blankBefore = 0;
+  while (in.hasBlock()) {
+    const sgbk::PairBlock units(in.p);
+    const Kinds kinds(units);
+    const sgbk::Mask inRuns = (kinds.blanks & ~kinds.lineEnds) | (kinds.marks & ~kinds.ordinary);
+    const sgbk::Mask twos = inRuns & inRuns >> kBits;
+    const sgbk::Mask fours = twos & twos >> 2 * kBits;
+    const sgbk::Mask longRuns = fours & fours >> 4 * kBits;
+    const sgbk::Mask others = (~(kinds.ordinary | kinds.marks | kinds.blanks) & sgbk::kWholeMask) |
+                              longRuns | (kinds.blanks & (kinds.blanks << kBits | blankBefore));
+    // No run goes on behind an ordinary unit, nor behind a mark in front of a line end.
+    const sgbk::Mask ends =
+        (kinds.ordinary | (kinds.marks & kinds.lineEnds >> kBits)) & sgbk::before(others);
+    if (ends == 0 && open && (blankBefore != 0 || (kinds.lineEnds & 1) == 0)) break;
+    units.store(out);
+    open = others == 0 && ends >> (sgbk::kBlockPairs - 2) * kBits == kOne;
+    if (open || ends >> (sgbk::kBlockPairs - 1) * kBits != 0) {
+      in.p += sgbk::kBlockPairs;
+      out += sgbk::kBlockPairs;
+      blankBefore = kinds.blanks >> (sgbk::kBlockPairs - 1) * kBits;
+      continue;
+    }
+    const int kept = sgbk::countUpTo(ends);
+    out += kept;
+    blankBefore = 0;
+    const sgbk::Mask behind = sgbk::kWholeMask << kept * kBits;
+    const sgbk::Mask run = kinds.blanks & behind;
+    if (run == (sgbk::kWholeMask & behind)) {
+      // Where the next block stands does not depend on what is in this one.
+      in.p += sgbk::kBlockPairs;
+      *out++ = takeBlanks(in, (kinds.lineEnds & behind) != 0);
+    } else {
+      in.p += kept;
+      if ((run >> kept * kBits & 1) != 0) {
+        *out++ = takeBlanks(in, false);
+      } else if (kept == 0) {
+        break;
+      }
+    }
+  }
+  if (!open) return out;
+  --in.p;
+  return out - 1;
+}
+
+template <class Input>
+size_t trim(Input in, gchar_t* const dest0) {
   gchar_t* out = dest0;
-  while (!atEnd(in) && (*in == 0 || isPassedOver(kindOf(*in)))) ++in;
+  while (!in.atEnd() && (*in.p == 0 || isPassedOver(kindOf(*in.p)))) ++in.p;
   // The first character stays whatever it is, so a text never loses its leading mark.
-  if (!atEnd(in)) *out++ = *in++;
-  while (!atEnd(in)) {
-    const gchar_t c = *in;
+  if (!in.atEnd()) *out++ = *in.p++;
+  while (out = takePlain(in, out), !in.atEnd()) {
+    const gchar_t c = *in.p;
     const Kind kind = kindOf(c);
     if (kind == Kind::ordinary) {
       if (c != 0) *out++ = c;
-      ++in;
+      ++in.p;
     } else if (kind == Kind::mark) {
-      const gchar_t* const puncbegin = in;
+      const gchar_t* const puncbegin = in.p;
       bool blanks = false;
-      for (Kind next = kind; next == Kind::mark || next == Kind::blank; next = kindOf(*in)) {
+      for (Kind next = kind; next == Kind::mark || next == Kind::blank; next = kindOf(*in.p)) {
         blanks = blanks || next == Kind::blank;
-        ++in;
-        if (atEnd(in)) break;
+        ++in.p;
+        if (in.atEnd()) break;
       }
-      const std::ptrdiff_t punccount = in - puncbegin;
+      const std::ptrdiff_t punccount = in.p - puncbegin;
       if (punccount >= kLongRun) {
         if (!isgcharspace(out[-1])) *out++ = c;
       } else if (!blanks) {
-        for (const gchar_t* mark = puncbegin; mark != in; ++mark) *out++ = *mark;
+        for (const gchar_t* mark = puncbegin; mark != in.p; ++mark) *out++ = *mark;
       } else {
-        out = copyMarks(puncbegin, in, out);
+        out = copyMarks(puncbegin, in.p, out);
       }
     } else if (kind == Kind::shape) {
-      ++in;
+      ++in.p;
     } else {
-      bool ifnewline = false;
-      for (Kind next = kind; isPassedOver(next); next = kindOf(*in)) {
-        ifnewline = ifnewline || next == Kind::lineEnd;
-        ++in;
-        if (atEnd(in)) break;
-      }
-      *out++ = ifnewline ? RETURN_CONVERSION_CHAR : CHINESE_SPACE_CHAR;
+      *out++ = takeBlanks(in, false);
     }
   }
   while (out != dest0 && isgcharspace(out[-1])) --out;
@@ -92,11 +203,8 @@ size_t trim(const gchar_t* in, gchar_t* const dest0, AtEnd atEnd) {
 
 }  // namespace
 
-size_t trimgPunc(const gchar_t* src, gchar_t* dest) {
-  return trim(src, dest, [](const gchar_t* p) { return *p == 0; });
-}
+size_t trimgPunc(const gchar_t* src, gchar_t* dest) { return trim(TerminatedUnits{src}, dest); }
 
 size_t trimgPunc(const gchar_t* src, size_t srclen, gchar_t* dest) {
-  const gchar_t* const src_tail = srclen > 0 ? src + srclen - 1 : src;
-  return trim(src, dest, [src_tail](const gchar_t* p) { return p == src_tail; });
+  return trim(CountedUnits{src, srclen > 0 ? src + srclen - 1 : src}, dest);
 }

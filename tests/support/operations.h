@@ -26,11 +26,15 @@ struct Operation {
   }
   // Whether the size of the destination is told; otherwise there must be room for what comes.
   bool takesCapacity() const { return text != Text::units && text != Text::names; }
+  // Whether the units of the destination behind the result may hold anything.
+  bool leavesScratch() const { return name.starts_with("trimgPunc"); }
   // Bytes of an element of the destination's size.
   int elementSize() const { return text == Text::array || text == Text::units ? 2 : 1; }
   // A few bytes between which the operation makes all its distinctions; all strings of them.
   std::string alphabet() const;
   std::vector<std::string> tellingStrings(int length) const;
+  // A byte of the alphabet, or a unit of the same kind.
+  std::string tellingCharacter(std::mt19937& random) const;
   // One character, mostly a mapped one; or the name of an entity.
   std::string randomCharacter(std::mt19937& random) const;
   // A capacity, in elements, that is always enough.
@@ -50,7 +54,7 @@ Outcome run(const Operation& operation, const std::string& src, Destination to,
 
 // Runs operation and twin on `bytes`, brought into the form that the operation takes, with each
 // guard and another filling for each. Empty when they agree in the result and in every byte of the
-// destination; otherwise says where they differ.
+// destination, or up to the result where it leaves scratch; otherwise says where they differ.
 std::string disagreement(const Operation& operation, const std::string& bytes, int capacity);
 
 }  // namespace sgbk_test

@@ -316,12 +316,10 @@ Outcome twinTrim(const std::string& src, Destination to, bool counted) {
       ++i;
     }
   }
-  // What was written and stepped back over is still there behind the terminator.
+  while (!text.empty() && isgcharspace(text.back())) text.pop_back();
   to.size *= 2;
   Writer out{to};
   for (const gchar_t unit : text) out.unit(unit);
-  while (!text.empty() && isgcharspace(text.back())) text.pop_back();
-  out.n = static_cast<int>(2 * text.size());
   out.unit(0);
   return out.done(static_cast<long>(text.size()) + 1);
 }
