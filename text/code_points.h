@@ -15,6 +15,7 @@ using CodePoint = std::uint32_t;
 inline constexpr CodePoint kNoCodePoint = 0;
 inline constexpr CodePoint kByteOrderMark = 0xFEFF;
 
+constexpr bool isPrivateUse(CodePoint c) { return c >= 0xE000 && c <= 0xF8FF; }
 constexpr bool isSurrogate(CodePoint c) { return (c & 0xFFFFF800) == 0xD800; }
 
 // One to four bytes; none for a character that the encoding lacks.

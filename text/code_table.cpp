@@ -43,7 +43,11 @@ class Composer {
         break;
       case Codes::gbk:
         if (!hasShape(index, isGbkTrail)) return rareEntry(Rare::malformed, 0);
-        if (library_.fromGbk[index] == 0) break;
+        if (library_.fromGbk[index] == 0) {
+          const CodePoint c = codePointOfGbk(index);
+          if (c == kNoCodePoint || isPrivateUse(c)) break;
+          return ofMissing(c);
+        }
         return ofUnit(key_.simplify ? library_.fromGbk[index] : index, 0);
     }
     return rareEntry(Rare::undefined, 0);
