@@ -172,7 +172,7 @@ void Converter::find(std::string_view in, bool last) {
 void Converter::holdLines(std::string_view in, bool last) {
   if (!options_.strict) return declare(in, last);
   const LineFeeds kind = lineFeedsOf(source_);
-  while (!held_.empty() && !in.empty()) {
+  while ((!held_.empty() || !isLineStart_) && !in.empty()) {
     const std::size_t half = kind == LineFeeds::inBytes ? 0 : held_.size() % 2;
     const std::size_t line = afterFirstLineFeed(in.substr(std::min(half, in.size())), kind);
     const std::size_t size = std::min(line == 0 ? in.size() : half + line, kMostHeld - held_.size());
@@ -203,8 +203,8 @@ void Converter::stopAtLoss(std::string_view lines, bool last) {
   const bool wasDeclaring = isDeclaring_;
   const std::size_t searched = searched_;
   const std::string head(wasDeclaring ? middle_.view() : std::string_view());
-  const bool isLineStart = std::exchange(
-      isLineStart_, afterLastLineFeed(lines, lineFeedsOf(source_)) == lines.size());
+  const bool isLineStart = isLineStart_;
+  if (!lines.empty()) isLineStart_ = afterLastLineFeed(lines, lineFeedsOf(source_)) == lines.size();
   declare(lines, last);
   if (account_.lost() == 0) {
     seen_ += lines.size();
