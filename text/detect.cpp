@@ -199,7 +199,9 @@ Detector::Verdict Detector::look(std::string_view held, bool ended) {
     add(line);
     judged_ = end;
     const bool isEnd = end == rest.size() && (isAll || isFull);
-    verdict.source = decide(rest.substr(0, end), isEnd);
+    // At a line feed, as if more could follow: often nobody can tell yet whether it does.
+    verdict.source = decide(rest.substr(0, end), isEnd && isLastLine);
+    if (!verdict.source && isEnd) verdict.source = decide(rest.substr(0, end), true);
     if (verdict.source) return verdict;
     if (isEnd) {
       verdict.isRefused = true;
