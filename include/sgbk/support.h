@@ -161,8 +161,8 @@ constexpr bool isGraphChar(UINT16 wc) {
 //   end, or with blanks beyond a shape, that follows it.
 // - Everything else is copied.
 // src      units, ended by a 0 unit
-// dest     must hold as many units as src, terminator included; may not overlap src. What is behind
-//          the result there may be overwritten
+// dest     must hold as many units as src, terminator included; may not overlap src. Units of it
+//          after the result may be overwritten
 // Returns  the number of units written, the terminating 0 included: at least 1
 SGBK_API size_t trimgPunc(const gchar_t* src, gchar_t* dest);
 

@@ -1,5 +1,4 @@
-// Sixteen double-byte characters at once, lead and trail bytes apart, in the compilers' own
-// vectors.
+// Sixteen double-byte characters at once, with lead and trail bytes in separate vectors.
 
 #ifndef SGBK_CORE_PAIR_BLOCK_H
 #define SGBK_CORE_PAIR_BLOCK_H
@@ -24,7 +23,7 @@ inline Bytes loadBytes(const void* from) {
 // The same byte sixteen times.
 inline Bytes everyByte(Byte b) { return Bytes{} + b; }
 
-// All bits of every byte that is from `first` to `last`.
+// All bits of every byte from `first` to `last`.
 inline Bytes within(Bytes bytes, Byte first, Byte last) {
   return reinterpret_cast<Bytes>(bytes - everyByte(first) <=
                                  everyByte(static_cast<Byte>(last - first)));
@@ -52,8 +51,8 @@ struct PairBlock {
   const Bytes leads, trails;
 };
 
-// Which of sixteen are of a kind: so many bits for each, the first one lowest. Made from bytes that
-// have all bits or none.
+// Which of sixteen units are of a kind, with kMaskBits bits for each and the first unit lowest.
+// Made from bytes with all bits or none set.
 using Mask = std::uint64_t;
 #ifdef __SSE2__
 inline constexpr int kMaskBits = 1;
@@ -70,10 +69,10 @@ inline Mask maskOf(Bytes bytes) {
 #endif
 inline constexpr Mask kWholeMask = ~Mask{0} >> (64 - kBlockPairs * kMaskBits);
 
-// The lowest ones before the first one of `mask`; all of them when there is none.
+// The units before the first one in `mask`; all of them when it is empty.
 constexpr Mask before(Mask mask) { return (mask - 1) & ~mask & kWholeMask; }
-// How many there are up to the last one of `mask`. Without the jump for 0 of std::bit_width, which
-// no processor foresees.
+// The number of units up to the last one in `mask`. Without std::bit_width, whose jump for 0 no
+// processor can predict.
 inline int countUpTo(Mask mask) {
   const Mask ones = mask >> (kMaskBits - 1) << 1 | 1;
   return (63 - __builtin_clzll(ones) + kMaskBits - 1) / kMaskBits;

@@ -1,4 +1,4 @@
-// trimgPunc: thinning of blanks, shapes and long runs of punctuation marks.
+// trimgPunc: removes shapes, excess blanks and long runs of punctuation.
 
 #include <utility>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-// A run of this many marks and more is taken for decoration.
+// A run of this many units or more is taken for decoration.
 constexpr std::ptrdiff_t kLongRun = 9;
 
 enum class Kind { ordinary, mark, shape, blank, lineEnd };
@@ -19,7 +19,7 @@ Kind kindOfSymbol(gchar_t unit) {
   return isGraphChar(unit) ? Kind::mark : Kind::ordinary;
 }
 
-// Asked for every unit, so what text mostly consists of is told where it is asked.
+// Called for every unit, so the common cases are inlined.
 [[gnu::always_inline]] inline Kind kindOf(gchar_t unit) {
   if (sgbk::isSingleOrIdeograph(unit)) return Kind::ordinary;
   if (unit == CHINESE_SPACE_CHAR) return Kind::blank;
@@ -33,7 +33,7 @@ Kind kindOfSymbol(gchar_t unit) {
 
 bool isPassedOver(Kind kind) { return kind >= Kind::shape; }
 
-// Which of sixteen units are of a kind. What is of none takes a closer look.
+// Which of sixteen units are of each kind. Units that are in none of the masks need a closer look.
 struct Kinds {
   explicit Kinds(const sgbk::PairBlock& units) {
     using sgbk::equalTo;
@@ -49,14 +49,15 @@ struct Kinds {
     ordinary = maskOf(plain | (equalTo(leads, 0xA3) & lettersAndDigits));
     lineEnds = maskOf(units.equalToPair(RETURN_CONVERSION_CHAR));
     blanks = maskOf(units.equalToPair(CHINESE_SPACE_CHAR)) | lineEnds;
-    // Of rows A1 and A3, the letters among them.
+    // In rows A1 and A3, letters included.
     marks = ~blanks & maskOf(equalTo(leads | everyByte(0x02), 0xA3) & within(trails, 0xA1, 0xED));
   }
 
   sgbk::Mask ordinary, marks, blanks, lineEnds;
 };
 
-// Copies a run of marks to `out`, each of its blanks as one; returns the end of the copy.
+// Copies a run of punctuation to `out`, with one blank for each run of blanks in it. Returns the
+// end of the copy.
 gchar_t* copyMarks(const gchar_t* run, const gchar_t* end, gchar_t* out) {
   for (; run != end; ++run) {
     if (!isgcharspace(*run)) {
@@ -68,8 +69,8 @@ gchar_t* copyMarks(const gchar_t* run, const gchar_t* end, gchar_t* out) {
   return out;
 }
 
-// A source that ends at its first 0 unit. Nothing is read behind it, so one unit after the other is
-// tested, and each once.
+// A source that ends at its first 0 unit. Nothing may be read after it, so the units are tested one
+// by one, and each once.
 struct TerminatedUnits {
   const gchar_t* p;
   const gchar_t* tested = p;
@@ -86,7 +87,7 @@ struct TerminatedUnits {
 };
 
 // A source that ends at `tail`. A 0 unit before it is dropped; being of the ordinary kind, it ends
-// the runs on either side of it.
+// a run.
 struct CountedUnits {
   const gchar_t* p;
   const gchar_t* const tail;
@@ -94,7 +95,7 @@ struct CountedUnits {
   bool hasBlock() const { return tail - p >= sgbk::kBlockPairs; }
 };
 
-// Takes what is left of a run of blanks and shapes, and returns what stands for the whole of it.
+// Takes the rest of a run of blanks and shapes, and returns the unit to write for the whole run.
 template <class Input>
 [[gnu::always_inline]] inline gchar_t takeBlanks(Input& in, bool ifnewline) {
   for (bool whole = true; whole && in.hasBlock();) {
@@ -110,13 +111,13 @@ template <class Input>
   return ifnewline ? RETURN_CONVERSION_CHAR : CHINESE_SPACE_CHAR;
 }
 
-// Takes sixteen units at a time as long as they are ordinary ones, short runs of marks and blanks.
-// May leave units behind the output.
+// Takes sixteen units at a time while they are ordinary ones, short runs of punctuation, and
+// blanks. May write units after the end of the output.
 template <class Input>
 [[gnu::always_inline]] inline gchar_t* takePlain(Input& in, gchar_t* out) {
   constexpr int kBits = sgbk::kMaskBits;
   constexpr sgbk::Mask kOne = (1 << kBits) - 1;
-  bool open = false;  // the last unit copied is a mark or a blank, whose run may go on
+  bool open = false;  // the last unit copied is punctuation or a blank, and its run may go on
   sgbk::Mask blankBefore = 0;
   while (in.hasBlock()) {
     const sgbk::PairBlock units(in.p);
@@ -127,7 +128,7 @@ template <class Input>
     const sgbk::Mask longRuns = fours & fours >> 4 * kBits;
     const sgbk::Mask others = (~(kinds.ordinary | kinds.marks | kinds.blanks) & sgbk::kWholeMask) |
                               longRuns | (kinds.blanks & (kinds.blanks << kBits | blankBefore));
-    // No run goes on behind an ordinary unit, nor behind a mark in front of a line end.
+    // A run ends at an ordinary unit, and punctuation ends before a line end.
     const sgbk::Mask ends =
         (kinds.ordinary | (kinds.marks & kinds.lineEnds >> kBits)) & sgbk::before(others);
     if (ends == 0 && open && (blankBefore != 0 || (kinds.lineEnds & 1) == 0)) break;
@@ -145,7 +146,7 @@ template <class Input>
     const sgbk::Mask behind = sgbk::kWholeMask << kept * kBits;
     const sgbk::Mask run = kinds.blanks & behind;
     if (run == (sgbk::kWholeMask & behind)) {
-      // Where the next block stands does not depend on what is in this one.
+      // The position of the next block does not depend on the content of this one.
       in.p += sgbk::kBlockPairs;
       *out++ = takeBlanks(in, (kinds.lineEnds & behind) != 0);
     } else {
@@ -166,7 +167,7 @@ template <class Input>
 size_t trim(Input in, gchar_t* const dest0) {
   gchar_t* out = dest0;
   while (!in.atEnd() && (*in.p == 0 || isPassedOver(kindOf(*in.p)))) ++in.p;
-  // The first character stays whatever it is, so a text never loses its leading mark.
+  // The first character stays whatever it is, so leading punctuation is never lost.
   if (!in.atEnd()) *out++ = *in.p++;
   while (out = takePlain(in, out), !in.atEnd()) {
     const gchar_t c = *in.p;
