@@ -56,10 +56,11 @@ class Surroundings(Test):
                 signal.signal(signal.SIGXFSZ, handling)
                 resource.setrlimit(resource.RLIMIT_FSIZE, (500000, 500000))
 
-            self.assertOnlyFiles("in", "old")
             for words in [["-i", "old"], ["-o", "old", "in"]]:
+                self.assertOnlyFiles("in", "old")
                 self.assertEqual(big5(*words, preexec_fn=prepare, restore_signals=False), told)
                 self.assertEqual(read("old"), text)
+        self.assertOnlyFiles("in", "old")
 
     def test_reader_that_goes_away(self):
         write("big", read(PAGE) * 400)

@@ -5,6 +5,7 @@ import os
 import resource
 import subprocess
 import threading
+import time
 import unittest
 
 from running import (BUILD, CLEAN, IS_SANITIZED, LOSSY, SGBK, Test, big5, main, read, run, write)
@@ -181,6 +182,16 @@ class Outputs(Test):
             self.assertIn("out: not put in place", message)
         self.assertEqual(big5("-i", "missing", ".", "/dev/null")[0], 3)
         self.assertFiles(**{"in": LOSSY, "good": b"\xc5\xe9\n", "out": b"old"})
+
+    def test_that_somebody_else_makes_meanwhile(self):
+        with subprocess.Popen([SGBK, "-qfbig5", "-o", "new"], stdin=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL) as child:
+            while len(os.listdir(".")) == 1:
+                time.sleep(0.01)
+            write("new", b"theirs\n")
+            child.communicate(LOSSY)
+        self.assertEqual(child.returncode, 3)
+        self.assertFiles(**{"in": LOSSY, "new": b"theirs\n"})
 
     def test_streams_by_name(self):
         for name in ["/dev/stdout", "-"]:
