@@ -92,17 +92,25 @@ class InPlace(Test):
 
     def test_goes_on_after_what_cannot_be_written(self):
         os.mkdir("closed")
-        for name in ["closed/in", "good"]:
+        for name, mode in [("closed/in", 0o666), ("kept", 0o444), ("good", 0o666)]:
             write(name, LOSSY)
-            os.chmod(name, 0o666)
+            os.chmod(name, mode)
         os.chmod("closed", 0o555)
         os.chmod(".", 0o777)
         more = {"user": NOBODY, "group": NOBODY, "extra_groups": []} if IS_ROOT else {}
-        status, _, message = big5("-qi", "--report=r", "closed/in", "missing", "good", **more)
+        names = ["closed/in", "kept", "missing", "good"]
+        status, _, message = big5("-qi", "--report=r", *names, **more)
         self.assertEqual((status, read("good"), read("closed/in")), (3, CLEAN, LOSSY))
         self.assertEqual(message, "sgbk: closed/in: cannot make a new file in its folder, closed/: "
-                         "Permission denied\nsgbk: missing: No such file or directory\n")
-        self.assertEqual(read("r").count(b"good\t"), 2)
+                         "Permission denied\nsgbk: kept: cannot be written: Permission denied\n"
+                         "sgbk: missing: No such file or directory\n")
+        self.assertEqual((read("kept"), read("r").count(b"good\t")), (LOSSY, 2))
+        # It does not go on when the report is lost, nor with a file that is being written.
+        write("much", b"\x81A\n" * 9999)
+        self.assertEqual(big5("-qi", "--force", "--report=/dev/full", "much", "kept")[0], 3)
+        with open("kept", "rb+") as both:
+            self.assertEqual(big5("-qi", "kept", stdout=both)[0], 3)
+        self.assertEqual(read("kept"), LOSSY)
 
     @unittest.skipIf(IS_SANITIZED, "the sanitizer has to be loaded first")
     def test_many_are_brought_to_the_disk_at_once(self):
