@@ -67,8 +67,9 @@ void Account::reset() {
 }
 
 void Account::countLines(const Byte* end) {
-  counts_.lines += countLineFeeds({reinterpret_cast<const char*>(counted_),
-                                   static_cast<std::size_t>(end - counted_)}, lineFeeds_);
+  counts_.lines += countLineFeeds(
+      {reinterpret_cast<const char*>(counted_), static_cast<std::size_t>(end - counted_)},
+      lineFeeds_);
   counted_ = end;
 }
 

@@ -22,7 +22,8 @@ constexpr Block firstByteEqualTo(Block block, Byte b) {
 }
 
 constexpr Block lowered(Block ascii) {
-  const Block isCapital = (ascii + inEveryByte(0x80 - 'A')) & ~(ascii + inEveryByte(0x80 - 'Z' - 1));
+  const Block isCapital =
+      (ascii + inEveryByte(0x80 - 'A')) & ~(ascii + inEveryByte(0x80 - 'Z' - 1));
   return ascii + ((isCapital & inEveryByte(0x80)) >> 2);
 }
 
@@ -53,7 +54,8 @@ class ByteDecoder : public Decoder {
   using Decoder::Decoder;
 
   const Byte* decode(const Byte* p, const Byte* end, bool ended) override {
-    return dispatch([&]<Ascii form, bool references>() { return run<form, references>(p, end, ended); });
+    return dispatch(
+        [&]<Ascii form, bool references>() { return run<form, references>(p, end, ended); });
   }
 
  private:

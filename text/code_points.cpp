@@ -23,11 +23,11 @@ struct MovedCharacter {
   CodePoint before;
 };
 constexpr MovedCharacter kMoved[] = {
-    {0x1E3F, 0xE7C7}, {0x9FB4, 0xE81E},  {0x9FB5, 0xE826},  {0x9FB6, 0xE82B},  {0x9FB7, 0xE82C},
-    {0x9FB8, 0xE832}, {0x9FB9, 0xE843},  {0x9FBA, 0xE854},  {0x9FBB, 0xE864},  {0x20087, 0xE816},
+    {0x1E3F, 0xE7C7},  {0x9FB4, 0xE81E},  {0x9FB5, 0xE826},  {0x9FB6, 0xE82B},  {0x9FB7, 0xE82C},
+    {0x9FB8, 0xE832},  {0x9FB9, 0xE843},  {0x9FBA, 0xE854},  {0x9FBB, 0xE864},  {0x20087, 0xE816},
     {0x20089, 0xE817}, {0x200CC, 0xE818}, {0x215D7, 0xE831}, {0x2298F, 0xE83B}, {0x241FE, 0xE855}};
 
-constexpr std::size_t kFourByteCodes = 39420;     // of the Basic Multilingual Plane
+constexpr std::size_t kFourByteCodes = 39420;       // of the Basic Multilingual Plane
 constexpr std::size_t kSupplementaryRank = 189000;  // of U+10000
 
 constexpr std::uint32_t rankOf(const Byte* p) {
@@ -56,7 +56,8 @@ struct Gb18030 {
       const CodePoint c = sgbk_gbk_code_points[code];
       if (c == kNoCodePoint) continue;
       if (c < 0x10000) twoByteCode[c] = static_cast<gchar_t>(code);
-      if (const CodePoint before = privatePointOf(c)) twoByteCode[before] = static_cast<gchar_t>(code);
+      if (const CodePoint before = privatePointOf(c))
+        twoByteCode[before] = static_cast<gchar_t>(code);
     }
     auto isTwoByte = std::vector<bool>(0x10000);
     for (CodePoint c = 0; c < 0x10000; ++c) isTwoByte[c] = twoByteCode[c] != 0;
@@ -89,7 +90,8 @@ struct Big5 {
         for (unsigned trail = 0x40; trail <= 0xFE; ++trail) {
           const unsigned code = lead << 8 | trail;
           const auto unit = unitOf(static_cast<Byte>(lead), static_cast<Byte>(trail));
-          const bool isHere = (code >= 0xA140 && code <= 0xC67E) || (code >= 0xC940 && code <= 0xF9FE);
+          const bool isHere =
+              (code >= 0xA140 && code <= 0xC67E) || (code >= 0xC940 && code <= 0xF9FE);
           const CodePoint c = sgbk_big5_code_points[unit];
           if (isHere == isCommon && c != kNoCodePoint) codes.emplace_back(c, unit);
         }
@@ -148,8 +150,9 @@ CodePoint codePointOfGb18030(const Byte* bytes) {
 Sequence big5Of(CodePoint c) {
   static std::atomic<const Big5*> slot;
   const auto& codes = madeOnce(slot).codes;
-  const auto found = std::lower_bound(codes.begin(), codes.end(), c,
-                                      [](const auto& code, CodePoint key) { return code.first < key; });
+  const auto found =
+      std::lower_bound(codes.begin(), codes.end(), c,
+                       [](const auto& code, CodePoint key) { return code.first < key; });
   return found == codes.end() || found->first != c ? Sequence{} : twoBytes(found->second);
 }
 

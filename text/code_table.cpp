@@ -60,7 +60,8 @@ class Composer {
 
   Entry ascii(Byte c) const {
     if (key_.foldCase && c >= 'A' && c <= 'Z') c = static_cast<Byte>(c + ('a' - 'A'));
-    if (key_.form == Form::target && key_.target == Target::gbkWide) return 2u << 24 | library_.widened[c];
+    if (key_.form == Form::target && key_.target == Target::gbkWide)
+      return 2u << 24 | library_.widened[c];
     if (key_.form == Form::target && key_.target == Target::utf16le) return 2u << 24 | c;
     return 1u << 24 | c;
   }
@@ -91,7 +92,8 @@ class Composer {
     if (key_.halfWidth) {
       const char text[] = {static_cast<char>(leadOf(unit)), static_cast<char>(trailOf(unit))};
       char folded[4];
-      if (sbc2dbc(text, 2, folded, sizeof folded, false) == 1) return ascii(static_cast<Byte>(folded[0]));
+      if (sbc2dbc(text, 2, folded, sizeof folded, false) == 1)
+        return ascii(static_cast<Byte>(folded[0]));
     }
     const gchar_t big5 = (key_.traditional ? library_.toTraditionalBig5 : library_.toBig5)[unit];
     if (key_.target == Target::big5 && big5 == 0) return rareEntry(Rare::lacking, c);
@@ -126,7 +128,8 @@ std::atomic<const Node*> newest;
 
 CodeTable::CodeTable(const TableKey& tableKey) : key(tableKey) {
   const Composer composer(*this);
-  for (unsigned i = 0; i < entries.size(); ++i) entries[i] = composer.entryAt(static_cast<gchar_t>(i));
+  for (unsigned i = 0; i < entries.size(); ++i)
+    entries[i] = composer.entryAt(static_cast<gchar_t>(i));
 }
 
 Entry CodeTable::entryOf(CodePoint c) const {
@@ -159,7 +162,8 @@ const char* replacementFor(CodePoint c) {
 }
 
 const CodeTable& codeTable(const TableKey& key) {
-  for (const Node* node = newest.load(std::memory_order_acquire); node != nullptr; node = node->next) {
+  for (const Node* node = newest.load(std::memory_order_acquire); node != nullptr;
+       node = node->next) {
     if (node->table.key == key) return node->table;
   }
   // Another thread may make the same one meanwhile: both are kept, and equal.

@@ -45,7 +45,8 @@ std::string escaped(const std::string& text) {
 }
 
 std::string sentenceFor(const sgbk_loss& loss) {
-  std::string text = "line " + std::to_string(loss.line) + ", byte " + std::to_string(loss.offset) + ":";
+  std::string text =
+      "line " + std::to_string(loss.line) + ", byte " + std::to_string(loss.offset) + ":";
   for (std::size_t i = 0; i < loss.size; ++i) {
     char hex[4];
     std::snprintf(hex, sizeof hex, " %02X", loss.bytes[i]);
@@ -69,7 +70,8 @@ void Converter::set(const char* option, const char* value) {
 void Converter::reset() {
   isEnded_ = isStarted_ = false;
   account_.reset();
-  for (Buffer* buffer : {&out_, &unfound_, &held_, &carried_, &middle_, &staged_[0], &staged_[1]}) buffer->clear();
+  for (Buffer* buffer : {&out_, &unfound_, &held_, &carried_, &middle_, &staged_[0], &staged_[1]})
+    buffer->clear();
   source_ = asked_;
   stages_.clear();
 }
@@ -117,7 +119,8 @@ void Converter::setSource(Source source) {
 
 void Converter::setForm(Form form) {
   form_ = form;
-  decoder_->setOutput(codeTable(key(codesOf(source_), form)), form == Form::middle ? middle_ : out_);
+  decoder_->setOutput(codeTable(key(codesOf(source_), form)),
+                      form == Form::middle ? middle_ : out_);
   if (options_.replace) setReplacement(form);
 }
 
@@ -175,7 +178,8 @@ void Converter::holdLines(std::string_view in, bool last) {
   while ((!held_.empty() || !isLineStart_) && !in.empty()) {
     const std::size_t half = kind == LineFeeds::inBytes ? 0 : held_.size() % 2;
     const std::size_t line = afterFirstLineFeed(in.substr(std::min(half, in.size())), kind);
-    const std::size_t size = std::min(line == 0 ? in.size() : half + line, kMostHeld - held_.size());
+    const std::size_t size =
+        std::min(line == 0 ? in.size() : half + line, kMostHeld - held_.size());
     held_.append(in.substr(0, size));
     in.remove_prefix(size);
     const bool isLine = afterLastLineFeed(held_.view(), kind) == held_.size();
@@ -277,7 +281,8 @@ void Converter::decodeCarried(std::string_view& in, bool last) {
   carried_.append(part);
   const Byte* const begin = bytesOf(carried_.view().data());
   account_.beginPiece(begin);
-  const Byte* const end = decoder_->decode(begin, begin + carried_.size(), last && part.size() == in.size());
+  const Byte* const end =
+      decoder_->decode(begin, begin + carried_.size(), last && part.size() == in.size());
   account_.endPiece(end);
   const auto used = static_cast<std::size_t>(end - begin);
   if (used < before) {

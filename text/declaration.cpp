@@ -12,9 +12,9 @@ bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // In any mixture of capitals and small letters.
 std::size_t findWord(std::string_view text, std::string_view word, std::size_t from = 0) {
-  const auto found =
-      std::search(text.begin() + static_cast<std::ptrdiff_t>(std::min(from, text.size())), text.end(),
-                  word.begin(), word.end(), [](char a, char b) { return lower(a) == b; });
+  const auto found = std::search(
+      text.begin() + static_cast<std::ptrdiff_t>(std::min(from, text.size())), text.end(),
+      word.begin(), word.end(), [](char a, char b) { return lower(a) == b; });
   return found == text.end() ? kNowhere : static_cast<std::size_t>(found - text.begin());
 }
 
@@ -23,7 +23,9 @@ std::string_view valueOf(std::string_view tag, std::string_view attribute, bool 
   for (std::size_t at = 0; (at = findWord(tag, attribute, at)) != kNowhere;) {
     const auto before = tag.substr(0, at);
     const bool isQuoted = (std::count(before.begin(), before.end(), '"') +
-                           std::count(before.begin(), before.end(), '\'')) % 2 != 0;
+                           std::count(before.begin(), before.end(), '\'')) %
+                              2 !=
+                          0;
     at += attribute.size();
     std::size_t begin = at;
     const auto skipSpaces = [&] {

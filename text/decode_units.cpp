@@ -17,7 +17,8 @@ class UnitDecoder : public Decoder {
   using Decoder::Decoder;
 
   const Byte* decode(const Byte* p, const Byte* end, bool ended) override {
-    p = dispatch([&]<Ascii form, bool references>() { return run<form, references>(p, end, ended); });
+    p = dispatch(
+        [&]<Ascii form, bool references>() { return run<form, references>(p, end, ended); });
     if (ended && end - p == 1) {
       putMalformed(p, 1);
       ++p;
@@ -44,7 +45,8 @@ class UnitDecoder : public Decoder {
       }
       out_->setEnd(out);
       const auto left = static_cast<std::size_t>(end - p) / 2;
-      const std::size_t taken = references && load(p) == '&' ? reference(p, left, ended) : takeOther(p, left, ended);
+      const std::size_t taken =
+          references && load(p) == '&' ? reference(p, left, ended) : takeOther(p, left, ended);
       p += 2 * taken;
       out = roomFor(end - p);
       if (taken == 0) break;

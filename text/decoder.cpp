@@ -15,8 +15,8 @@ void Decoder::setOutput(const CodeTable& table, Buffer& out) {
   unicode_ = table.key.codes == Codes::unicode ? &table : nullptr;
   entries_ = table.entries.data();
   ascii_ = sizeOf(entries_[0]) == 2 ? Ascii::wide
-           : table.key.foldCase       ? Ascii::lowered
-                                      : Ascii::same;
+           : table.key.foldCase     ? Ascii::lowered
+                                    : Ascii::same;
 }
 
 const CodeTable& Decoder::unicode() {
@@ -46,7 +46,8 @@ void Decoder::put(Entry entry, const Byte* p, std::size_t size, CodePoint c) {
     case Rare::replaced: {
       account_.add(SGBK_REPLACED, p, size, c);
       char ascii[4];
-      return putEscaped({ascii, static_cast<std::size_t>(deEscHtml(replacementFor(codePointOf(entry)), ascii))});
+      return putEscaped(
+          {ascii, static_cast<std::size_t>(deEscHtml(replacementFor(codePointOf(entry)), ascii))});
     }
     case Rare::nothing: return;
   }
@@ -88,12 +89,14 @@ void Decoder::putEscaped(std::string_view ascii) {
   }
 }
 
-std::size_t Decoder::takeReference(std::string_view text, bool ended, const Byte* p, std::size_t unit) {
+std::size_t Decoder::takeReference(std::string_view text, bool ended, const Byte* p,
+                                   std::size_t unit) {
   Reference reference;
   const Found found = findReference(text, ended, reference);
   if (found == Found::unfinished) return 0;
   account_.addCharacters(1);
-  if (found == Found::whole && resolve(reference, p, unit * reference.length)) return reference.length;
+  if (found == Found::whole && resolve(reference, p, unit * reference.length))
+    return reference.length;
   putAscii('&');
   return 1;
 }
@@ -116,7 +119,9 @@ bool Decoder::resolve(const Reference& reference, const Byte* p, std::size_t siz
   const char* name = reference.name.c_str();
   switch (kindOf(entry)) {
     case Rare::beyond: out_->append(table_->encode(c).view()); return true;
-    case Rare::markup: putEscaped(std::string(1, static_cast<char>(codePointOf(entry)))); return true;
+    case Rare::markup:
+      putEscaped(std::string(1, static_cast<char>(codePointOf(entry))));
+      return true;
     case Rare::replaced: name = replacementFor(c); break;
     default: break;
   }

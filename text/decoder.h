@@ -46,7 +46,9 @@ class Decoder {
 
  protected:
   // No character is more than twice as long in the output; one block may be written in excess.
-  char* roomFor(std::ptrdiff_t bytes) { return out_->room(2 * static_cast<std::size_t>(bytes) + 16); }
+  char* roomFor(std::ptrdiff_t bytes) {
+    return out_->room(2 * static_cast<std::size_t>(bytes) + 16);
+  }
 
   // Writes the character of an entry, or says what became of it.
   // p, size  its bytes in the input

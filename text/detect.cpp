@@ -29,7 +29,8 @@ constexpr std::pair<std::string_view, Source> kMarks[] = {
 constexpr std::string_view kUtf32Marks[] = {"\xFF\xFE\0\0"sv, "\0\0\xFE\xFF"sv};
 
 bool isAsciiText(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return isAscii(static_cast<Byte>(c)); });
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return isAscii(static_cast<Byte>(c)); });
 }
 
 // Whether a line opens what it closes, with pairs of GB 2312 alone in between.
@@ -108,7 +109,9 @@ void Detector::Trial::add(std::string_view lines) {
 }
 
 Detector::Detector()
-    : big5_(Source::big5, Codes::big5), gbk_(Source::gbk, Codes::gbk), utf8_(Source::utf8, Codes::unicode) {}
+    : big5_(Source::big5, Codes::big5),
+      gbk_(Source::gbk, Codes::gbk),
+      utf8_(Source::utf8, Codes::unicode) {}
 
 Source ucs2Order(std::string_view start) {
   return start.starts_with("\xFE\xFF") ? Source::ucs2be : Source::ucs2le;
@@ -133,7 +136,8 @@ bool Detector::mayRelease(std::string_view held, std::size_t prefix, bool ended)
 }
 
 void Detector::keepHead(std::string_view ascii) {
-  if (head_.size() < kDeclarationBytes) head_.append(ascii.substr(0, kDeclarationBytes - head_.size()));
+  if (head_.size() < kDeclarationBytes)
+    head_.append(ascii.substr(0, kDeclarationBytes - head_.size()));
 }
 
 void Detector::add(std::string_view lines) {
@@ -157,11 +161,13 @@ Detector::Verdict Detector::look(std::string_view held, bool ended) {
   if (released_ == 0 && judged_ == 0) {
     for (const std::string_view mark : kUtf32Marks) {
       if (held.starts_with(mark)) isUtf32_ = verdict.isRefused = true;
-      if (isUtf32_ || (!ended && held.size() < mark.size() && mark.starts_with(held))) return verdict;
+      if (isUtf32_ || (!ended && held.size() < mark.size() && mark.starts_with(held)))
+        return verdict;
     }
     for (const auto& [mark, source] : kMarks) {
       if (held.starts_with(mark)) verdict.source = source;
-      if (verdict.source || (!ended && held.size() < mark.size() && mark.starts_with(held))) return verdict;
+      if (verdict.source || (!ended && held.size() < mark.size() && mark.starts_with(held)))
+        return verdict;
     }
   }
   for (;;) {
@@ -216,7 +222,8 @@ std::optional<Source> Detector::decide(std::string_view held, bool ended) const 
   }
   if (highBytes_ == 0) return ended ? std::optional(Source::utf8) : std::nullopt;
   const bool isUtf8 = utf8_.lost() == 0;
-  if (isUtf8 && (ended || 3 * longSequences_ + 2 * shortSequences_ >= kEnoughUtf8)) return Source::utf8;
+  if (isUtf8 && (ended || 3 * longSequences_ + 2 * shortSequences_ >= kEnoughUtf8))
+    return Source::utf8;
   if (const auto declared = decideByDeclaration(held)) return declared;
   return decideByCounts();
 }

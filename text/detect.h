@@ -55,12 +55,12 @@ class Detector {
   std::optional<Source> decideByDeclaration(std::string_view held) const;
   std::uint64_t beyondAscii() const { return highBytes_; }
 
-  std::string head_;            // the first bytes of the input, for declarations
-  std::size_t released_ = 0;    // bytes that were ASCII
-  std::size_t judged_ = 0;      // bytes of `held` that the trials have seen
-  std::uint64_t highBytes_ = 0; // of 80 and more
-  std::uint64_t pairs_ = 0;     // in GBK
-  std::uint64_t lowTrails_ = 0; // of these, those that GB 2312 does not have
+  std::string head_;             // the first bytes of the input, for declarations
+  std::size_t released_ = 0;     // bytes that were ASCII
+  std::size_t judged_ = 0;       // bytes of `held` that the trials have seen
+  std::uint64_t highBytes_ = 0;  // of 80 and more
+  std::uint64_t pairs_ = 0;      // in GBK
+  std::uint64_t lowTrails_ = 0;  // of these, those that GB 2312 does not have
   std::uint64_t longSequences_ = 0;
   std::uint64_t shortSequences_ = 0;
   Trial big5_, gbk_, utf8_;

@@ -82,7 +82,8 @@ LibraryTables::LibraryTables() {
   for (const Byte* p = sgbk_traditional_first; p != sgbk_traditional_first_end; p += 6) {
     const gchar_t code = loadUnit(p);
     const gchar_t traditional = loadUnit(p + 4);
-    hasTraditional = hasTraditional && (toBig5[code] == loadUnit(p + 2) || toBig5[code] == traditional);
+    hasTraditional =
+        hasTraditional && (toBig5[code] == loadUnit(p + 2) || toBig5[code] == traditional);
     toTraditionalBig5[code] = traditional;
   }
 }

@@ -31,11 +31,11 @@ constexpr struct {
   bool Options::*flag;
   bool meaning;
 } kFlags[] = {
-    {"entities", &Options::entities, true},   {"simplify", &Options::simplify, true},
+    {"entities", &Options::entities, true},     {"simplify", &Options::simplify, true},
     {"no-simplify", &Options::simplify, false}, {"traditional", &Options::traditional, true},
-    {"half-width", &Options::halfWidth, true}, {"fold-case", &Options::foldCase, true},
-    {"trim-punct", &Options::trim, true},     {"html", &Options::html, true},
-    {"declare", &Options::declare, true},     {"strict", &Options::strict, true},
+    {"half-width", &Options::halfWidth, true},  {"fold-case", &Options::foldCase, true},
+    {"trim-punct", &Options::trim, true},       {"html", &Options::html, true},
+    {"declare", &Options::declare, true},       {"strict", &Options::strict, true},
     {"losses", &Options::losses, true},
 };
 

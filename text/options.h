@@ -15,7 +15,8 @@ namespace sgbk::text {
 
 // Ends a call with a result that is not SGBK_OK.
 struct Failure : std::runtime_error {
-  Failure(sgbk_result why, const std::string& sentence) : std::runtime_error(sentence), result(why) {}
+  Failure(sgbk_result why, const std::string& sentence)
+      : std::runtime_error(sentence), result(why) {}
   sgbk_result result;
 };
 

@@ -60,8 +60,8 @@ Found findReference(std::string_view text, bool ended, Reference& found) {
   const bool mayGoOn = end == text.size();
   if (mayGoOn && text.size() == kLongestReference) return Found::none;
   if (mayGoOn && !ended) return Found::unfinished;
-  const bool isFound = start == 2 ? isNumber(text, found)
-                                  : end != start && isName(text, end - start, found);
+  const bool isFound =
+      start == 2 ? isNumber(text, found) : end != start && isName(text, end - start, found);
   return isFound && isNameable(found.c) ? Found::whole : Found::none;
 }
 

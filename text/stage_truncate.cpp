@@ -77,9 +77,9 @@ class TruncateStage : public Stage {
   static std::size_t wholeCharacters(std::string_view line, std::size_t size) {
     std::size_t at = 0;
     for (;;) {
-      const std::size_t length = isAscii(static_cast<Byte>(line[at]))                            ? 1
+      const std::size_t length = isAscii(static_cast<Byte>(line[at]))                ? 1
                                  : isFourBytesDigit(static_cast<Byte>(line[at + 1])) ? 4
-                                                                                                 : 2;
+                                                                                     : 2;
       if (at + length > size) return at;
       at += length;
     }

@@ -72,8 +72,9 @@ sgbk_result sgbk_set(sgbk_converter* c, const char* option, const char* value) {
 
 sgbk_result sgbk_convert(sgbk_converter* c, const void* in, size_t size, int last, const char** out,
                          size_t* out_size) {
-  const sgbk_result result =
-      attempt(c, [&] { c->converter.convert({static_cast<const char*>(in), size}, last != 0); });
+  const sgbk_result result = attempt(c, [&] {
+    c->converter.convert({static_cast<const char*>(in), size}, last != 0);
+  });
   const std::string_view text = c->converter.output();
   *out = text.empty() ? "" : text.data();
   *out_size = text.size();
