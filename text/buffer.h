@@ -13,8 +13,9 @@ namespace sgbk::text {
 class Buffer {
  public:
   // Makes room for `size` bytes more and returns where they begin; setEnd() says what was written.
+  // A few bytes after the end may be read, and written, at any time.
   char* room(std::size_t size) {
-    if (capacity_ - size_ < size) grow(size);
+    if (capacity_ - size_ < size + kSlack) grow(size + kSlack);
     return bytes_.get() + size_;
   }
   void setEnd(const char* end) { size_ = static_cast<std::size_t>(end - bytes_.get()); }
@@ -38,6 +39,8 @@ class Buffer {
   std::string_view view() const { return {bytes_.get(), size_}; }
 
  private:
+  static constexpr std::size_t kSlack = 8;
+
   void grow(std::size_t size) {
     const std::size_t capacity = std::max(size_ + size, 2 * capacity_);
     auto bytes = std::make_unique_for_overwrite<char[]>(capacity);

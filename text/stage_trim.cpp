@@ -1,6 +1,10 @@
+// One pass, by a table: most lines of a page change between words and punctuation every few bytes,
+// and a jump for each change would cost more than all the rest.
+
 #include <array>
 
 #include "code_points.h"
+#include "core/byte_block.h"
 #include "library_tables.h"
 #include "made_once.h"
 #include "stage.h"
@@ -8,201 +12,233 @@
 namespace sgbk::text {
 namespace {
 
-enum class Class : Byte { ordinary, mark, blank, shape, lineEnd, nul };
+// rare  line ends, blanks that are not written as they are, and what has four bytes
+enum Kind : Byte { kOrdinary, kMark, kBlank, kShape, kNul, kRare, kKinds };
 
-struct Classes {
-  std::array<Class, 0x10000> ofUnit{};
-  std::array<Class, 0x80> ofAscii{};
+struct Kinds {
+  std::array<Kind, 0x10000> of{};  // by unit, or by ASCII byte
 
-  Classes() {
-    for (unsigned i = 0; i < ofUnit.size(); ++i) ofUnit[i] = classOf(static_cast<gchar_t>(i));
-    for (unsigned c = 0; c < ofAscii.size(); ++c) ofAscii[c] = ofUnit[libraryTables().widened[c]];
+  Kinds() {
+    for (unsigned i = 0; i < of.size(); ++i) {
+      const bool isFour = isFourBytesDigit(trailOf(static_cast<gchar_t>(i)));
+      of[i] = isFour ? kRare : kindOf(static_cast<gchar_t>(i));
+    }
+    for (Byte c = 0; c < 0x80; ++c) of[c] = kindOf(libraryTables().widened[c]);
+    for (Byte c = 1; c < ' '; ++c) of[c] = c == '\t' || of[c] != kBlank ? of[c] : kRare;
+    of[0x7F] = of['\r'] = of['\n'] = kRare;
   }
 
-  static Class classOf(gchar_t unit) {
-    if (unit == 0) return Class::nul;
-    if (unit == RETURN_CONVERSION_CHAR) return Class::lineEnd;
-    if (isgcharspace(unit)) return Class::blank;
-    if (isShapeChar(unit)) return Class::shape;
-    return isGraphChar(unit) ? Class::mark : Class::ordinary;
+  static Kind kindOf(gchar_t unit) {
+    return unit == 0            ? kNul
+           : isgcharspace(unit) ? kBlank
+           : isShapeChar(unit)  ? kShape
+           : isGraphChar(unit)  ? kMark
+                                : kOrdinary;
   }
 };
 
-const Classes& classes() {
-  static std::atomic<const Classes*> slot;
-  return madeOnce(slot);
+// What a line has come to. Blanks are written when they come, and taken back at the end of a line.
+enum State : Byte {
+  kStart,                // nothing but blanks and shapes
+  kText,                 // any character
+  kBlanks,               // a run of blanks, with shapes among them
+  kAfterBlank,           // a run of punctuation ended in a blank, and is over
+  kLong,                 // a run of punctuation that is too long: the rest of it is dropped
+  kLongBlank,            // the same after a blank, where all of it is
+  kRun,                  // the first of eight punctuation marks, ...
+  kRunBlank = kRun + 8,  // ... and the same with a blank as the last of the run
+  kOverflow = kRunBlank + 8,
+  kSeldom
+};
+
+struct Step {
+  Byte next;
+  Byte keeps;  // all bits, or none
+};
+
+constexpr Step stepOf(unsigned state, unsigned kind) {
+  constexpr Byte kKeep = 0xFF;
+  const auto next = [](unsigned s) { return static_cast<Byte>(s); };
+  const bool isRun = state >= kRun;
+  const bool isBlankLast = state >= kRunBlank;
+  const unsigned length = isRun ? (state - kRun) % 8 + 1 : 0;
+  switch (kind) {
+    case kOrdinary: return {kText, kKeep};
+    case kMark:
+      if (state == kStart) return {kText, kKeep};
+      if (state == kLong || state == kLongBlank) return {next(state), 0};
+      return {length == 8 ? next(kOverflow) : next(kRun + length), kKeep};
+    case kBlank:
+      if (isRun)
+        return {length == 8 ? next(kOverflow) : next(kRunBlank + length),
+                isBlankLast ? Byte{0} : kKeep};
+      if (state == kText || state == kAfterBlank) return {kBlanks, kKeep};
+      return {next(state), 0};
+    case kShape:
+      if (isRun) return {isBlankLast ? kAfterBlank : kText, 0};
+      return {state == kLong        ? next(kText)
+              : state == kLongBlank ? next(kAfterBlank)
+                                    : next(state),
+              0};
+    case kNul: return {next(state), 0};
+    default: return {kSeldom, 0};
+  }
 }
 
-// A longer run of punctuation marks is decoration.
-constexpr int kLongestRun = 8;
-
-// What a line has come to.
-struct State {
-  bool isStarted = false;    // it has a character
-  bool isInBlanks = false;   // within a run of blanks, and of shapes among them
-  bool isInLongRun = false;  // within a run of marks of which all has been written
-  // Blanks that are written if anything follows: one at the end of a run of marks, one after it.
-  unsigned pendingSize = 0;
-  char pending[4] = {};
-};
-
-// One pass over a text. The state is its own while it lasts, which keeps it in registers.
-class Pass {
- public:
-  Pass(const State& state, std::string_view text, bool ended, char* to)
-      : state_(state), end_(text.data() + text.size()), ended_(ended), to_(to) {}
-
-  // Returns where it stopped: what follows depends on text still to come.
-  const char* run(const char* p) {
-    while (p != end_) {
-      const char* const next = take(p);
-      if (next == nullptr) break;
-      p = next;
-    }
-    return p;
+constexpr auto kSteps = [] {
+  std::array<std::array<Step, 8>, kOverflow> steps{};
+  for (unsigned state = 0; state < kOverflow; ++state) {
+    for (unsigned kind = 0; kind < kKinds; ++kind) steps[state][kind] = stepOf(state, kind);
   }
-
-  const State& state() const { return state_; }
-  char* written() const { return to_; }
-
- private:
-  struct Character {
-    Class kind;
-    unsigned size;
-  };
-
-  Character at(const char* p) const {
-    const Byte* const b = bytesOf(p);
-    if (isAscii(*b)) return {classes_.ofAscii[*b], 1};
-    if (isFourBytesDigit(b[1])) return {Class::ordinary, 4};
-    return {classes_.ofUnit[loadUnit(b)], 2};
-  }
-
-  // Takes one character, or a run of them. Returns where it ends, null when more has to be seen.
-  [[gnu::always_inline]] const char* take(const char* p) {
-    const Character c = at(p);
-    if (c.kind == Class::ordinary) return takeOrdinary(p, c);
-    if (c.kind == Class::nul) return p + c.size;
-    const bool isMarkOrBlank = c.kind == Class::mark || c.kind == Class::blank;
-    if (state_.isInLongRun && isMarkOrBlank) return p + c.size;
-    state_.isInLongRun = false;
-    if (c.kind == Class::mark && state_.isStarted) return takeRun(p, c);
-    if (c.kind == Class::lineEnd) return takeLineEnd(p);
-    if (c.kind == Class::blank) addBlank(p, c.size);
-    if (c.kind == Class::mark) {
-      // The first character stays, and is part of no run.
-      put(p, c.size);
-      state_.isStarted = true;
-    }
-    return p + c.size;
-  }
-
-  [[gnu::always_inline]] const char* takeOrdinary(const char* p, Character c) {
-    put(state_.pending, state_.pendingSize);
-    state_ = State{.isStarted = true};
-    do {
-      put(p, c.size);
-      p += c.size;
-    } while (p != end_ && (c = at(p)).kind == Class::ordinary);
-    return p;
-  }
-
-  // Punctuation marks, with blanks among them. They are written before it is known whether they
-  // are too many.
-  [[gnu::always_inline]] const char* takeRun(const char* const begin, Character c) {
-    const char* p = begin;
-    const unsigned firstSize = c.size;
-    char* const start = to_;
-    put(state_.pending, state_.pendingSize);
-    char* marksEnd = to_;
-    int length = 0;
-    for (;;) {
-      if (c.kind == Class::mark) {
-        put(p, c.size);
-        marksEnd = to_;
-      } else if (c.kind == Class::blank && to_ == marksEnd) {
-        to_ = writeBlank(to_, p, c.size);
-      }
-      length += c.kind != Class::nul;
-      p += c.size;
-      if (length > kLongestRun) {
-        to_ = start + (state_.pendingSize == 0 ? firstSize : 0);
-        state_.isInLongRun = true;
-        state_.isInBlanks = false;
-        return p;
-      }
-      if (p == end_) {
-        if (ended_) break;
-        to_ = start;
-        return nullptr;
-      }
-      c = at(p);
-      if (c.kind != Class::mark && c.kind != Class::blank && c.kind != Class::nul) break;
-    }
-    state_ = State{.isStarted = true, .pendingSize = static_cast<unsigned>(to_ - marksEnd)};
-    for (unsigned i = 0; i < state_.pendingSize; ++i) state_.pending[i] = marksEnd[i];
-    to_ = marksEnd;
-    return p;
-  }
-
-  // A carriage return before the line feed belongs to the line end, any other one is a blank.
-  const char* takeLineEnd(const char* p) {
-    const bool isReturn = *p == '\r';
-    if (isReturn && p + 1 == end_ && !ended_) return nullptr;
-    if (isReturn && p + 1 != end_ && p[1] != '\n') {
-      addBlank(p, 1);
-      if (state_.isStarted) {
-        state_.pendingSize -= state_.pending[state_.pendingSize - 1] == '\xA1' ? 2 : 1;
-        state_.pending[state_.pendingSize++] = '\r';
-      }
-    } else {
-      state_ = State();
-      put(p, 1);
-    }
-    return p + 1;
-  }
-
-  [[gnu::always_inline]] void put(const char* p, unsigned size) {
-    for (unsigned i = 0; i < size; ++i) to_[i] = p[i];
-    to_ += size;
-  }
-
-  static char* writeBlank(char* to, const char* p, unsigned size) {
-    *to++ = size == 2 ? '\xA1' : *p == '\t' ? '\t' : ' ';
-    if (size == 2) *to++ = '\xA1';
-    return to;
-  }
-
-  // The first of a run of blanks stands for all, if anything follows in the line.
-  void addBlank(const char* p, unsigned size) {
-    if (!state_.isStarted || state_.isInBlanks) return;
-    writeBlank(state_.pending + state_.pendingSize, p, size);
-    state_.pendingSize += size;
-    state_.isInBlanks = true;
-  }
-
-  const Classes& classes_ = classes();
-  State state_;
-  const char* const end_;
-  const bool ended_;
-  char* to_;
-};
+  return steps;
+}();
 
 class TrimStage : public Stage {
  public:
   std::size_t apply(std::string_view text, bool ended, Buffer& out) override {
-    // Nothing becomes longer, but for blanks that were held.
-    Pass pass(state_, text, ended, out.room(text.size() + 2 * sizeof state_.pending));
-    const char* const end = pass.run(text.data());
-    out.setEnd(pass.written());
-    state_ = ended ? State() : pass.state();
-    return static_cast<std::size_t>(end - text.data());
+    begin_ = out.room(text.size() + sizeof pending_);
+    to_ = std::copy_n(pending_, pendingSize_, begin_);
+    pendingSize_ = 0;
+    const char* p = run(text.data(), text.data() + text.size(), ended);
+    if (state_ >= kRun && !ended) {
+      p = run_.begin;
+      to_ = run_.to;
+      state_ = run_.state;
+    }
+    // Whether they are written depends on what follows.
+    const char* const end = to_;
+    takeBackBlanks();
+    if (!ended) {
+      pendingSize_ = static_cast<std::size_t>(end - to_);
+      std::copy(to_, const_cast<char*>(end), pending_);
+    }
+    out.setEnd(to_);
+    if (ended) reset();
+    return static_cast<std::size_t>(p - text.data());
   }
 
-  void reset() override { state_ = State(); }
+  void reset() override {
+    state_ = kStart;
+    pendingSize_ = 0;
+  }
 
  private:
-  State state_;
+  // Where a run of punctuation began, should it prove too long.
+  struct Run {
+    const char* begin;
+    char* to;
+    Byte state;
+  };
+
+  // Returns where it stopped: behind a carriage return, it must be seen what follows.
+  const char* run(const char* p, const char* end, bool ended) {
+    const Kind* const kinds = kinds_.of.data();
+    char* to = to_;
+    Byte state = state_;
+    Run runs[2] = {run_};
+    while (p != end) {
+      // Pages are indented: a quarter of them is such blanks.
+      while (*p == ' ' && end - p > kBlockBytes && kSteps[state][kBlank].keeps == 0 &&
+             loadBlock(bytesOf(p)) == inEveryByte(' ') && state < kLong) {
+        p += kBlockBytes;
+      }
+      // Every buffer has a byte after its end.
+      const gchar_t unit = loadUnit(bytesOf(p));
+      unsigned size = 1;
+      Kind kind = kinds[unit & 0x7F];
+      if ((unit & 0x80) != 0) {
+        size = 2;
+        kind = kinds[unit];
+      }
+      const Step step = kSteps[state][kind];
+      if (step.next >= kOverflow) [[unlikely]] {
+        to_ = to;
+        state_ = state;
+        run_ = runs[0];
+        const char* const next =
+            step.next == kOverflow ? dropRun(p + size) : takeRare(p, end, ended);
+        to = to_;
+        state = state_;
+        if (next == nullptr) break;
+        p = next;
+        continue;
+      }
+      // Where no run begins, the second one is written to, in place of a jump.
+      runs[step.next != kRun] = {p, to, state};
+      storeUnit(to, unit);
+      to += size & step.keeps;
+      p += size;
+      state = step.next;
+    }
+    to_ = to;
+    state_ = state;
+    run_ = runs[0];
+    return p;
+  }
+
+  // Of a run that is too long its first mark stays, or nothing after a blank.
+  const char* dropRun(const char* next) {
+    const bool isAfterBlank = run_.state == kBlanks || run_.state == kAfterBlank;
+    to_ = isAfterBlank ? run_.to : std::copy_n(run_.begin, sizeAt(run_.begin), run_.to);
+    state_ = isAfterBlank ? kLongBlank : kLong;
+    return next;
+  }
+
+  const char* takeRare(const char* p, const char* end, bool ended) {
+    if (*p == '\r' && p + 1 == end && !ended) return nullptr;
+    if (*p == '\n' || (*p == '\r' && (p + 1 == end || p[1] == '\n'))) {
+      takeBackBlanks();
+      *to_++ = *p;
+      state_ = kStart;
+    } else if (!isAscii(static_cast<Byte>(*p))) {
+      to_ = std::copy_n(p, 4, to_);
+      state_ = kText;
+      return p + 4;
+    } else if (*p != '\r') {
+      takeBlank(' ');
+    } else if (state_ != kStart) {
+      // A line end within the line: it stands for all blanks around it.
+      if (state_ == kBlanks) to_ -= to_[-1] == '\xA1' ? 2 : 1;
+      *to_++ = '\r';
+      state_ = kBlanks;
+    }
+    return p + 1;
+  }
+
+  void takeBlank(char c) {
+    const Step step = kSteps[state_][kBlank];
+    if (step.next == kOverflow) {
+      dropRun(nullptr);
+      return;
+    }
+    *to_ = c;
+    to_ += 1 & step.keeps;
+    state_ = step.next;
+  }
+
+  void takeBackBlanks() {
+    while (to_ != begin_) {
+      const char last = to_[-1];
+      const bool isWide = last == '\xA1' && to_ - begin_ >= 2 && to_[-2] == '\xA1';
+      if (!isWide && last != ' ' && last != '\t' && (last != '\r' || state_ == kStart)) break;
+      to_ -= isWide ? 2 : 1;
+    }
+  }
+
+  static unsigned sizeAt(const char* p) { return isAscii(static_cast<Byte>(*p)) ? 1 : 2; }
+
+  static const Kinds& kinds() {
+    static std::atomic<const Kinds*> slot;
+    return madeOnce(slot);
+  }
+
+  const Kinds& kinds_ = kinds();
+  Byte state_ = kStart;
+  Run run_ = {};
+  char* begin_ = nullptr;
+  char* to_ = nullptr;
+  char pending_[4];  // two blanks at most
+  std::size_t pendingSize_ = 0;
 };
 
 }  // namespace
