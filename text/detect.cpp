@@ -100,10 +100,10 @@ Detector::Trial::Trial(Source triedSource, Codes codes)
   decoder->setOutput(codeTable(key), *out);
 }
 
-void Detector::Trial::add(std::string_view lines) {
+void Detector::Trial::add(std::string_view lines, bool areWhole) {
   const Byte* const begin = bytesOf(lines.data());
   account->beginPiece(begin);
-  decoder->decode(begin, begin + lines.size(), true);
+  decoder->decode(begin, begin + lines.size(), areWhole);
   account->endPiece(begin + lines.size());
   out->clear();
 }
@@ -140,8 +140,8 @@ void Detector::keepHead(std::string_view ascii) {
     head_.append(ascii.substr(0, kDeclarationBytes - head_.size()));
 }
 
-void Detector::add(std::string_view lines) {
-  for (Trial* trial : {&big5_, &gbk_, &utf8_}) trial->add(lines);
+void Detector::add(std::string_view lines, bool areWhole) {
+  for (Trial* trial : {&big5_, &gbk_, &utf8_}) trial->add(lines, areWhole);
   for (std::size_t at = 0; at < lines.size(); ++at) {
     const auto b = static_cast<Byte>(lines[at]);
     highBytes_ += !isAscii(b);
@@ -202,7 +202,7 @@ Detector::Verdict Detector::look(std::string_view held, bool ended) {
         continue;
       }
     }
-    add(line);
+    add(line, !isLastLine || isAll);
     judged_ = end;
     const bool isEnd = end == rest.size() && (isAll || isFull);
     // At a line feed, as if more could follow: often nobody can tell yet whether it does.

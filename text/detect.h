@@ -36,7 +36,8 @@ class Detector {
   // The text so far as it would be in one encoding.
   struct Trial {
     explicit Trial(Source source, Codes codes);
-    void add(std::string_view lines);
+    // areWhole  no character is cut off at the end
+    void add(std::string_view lines, bool areWhole);
     std::uint64_t lost() const { return account->lost(); }
     std::uint64_t malformed() const { return account->counts().reasons[SGBK_MALFORMED]; }
 
@@ -49,7 +50,7 @@ class Detector {
   std::size_t asciiPrefix(std::string_view held, bool ended) const;
   bool mayRelease(std::string_view held, std::size_t prefix, bool ended) const;
   void keepHead(std::string_view ascii);
-  void add(std::string_view lines);
+  void add(std::string_view lines, bool areWhole);
   std::optional<Source> decide(std::string_view held, bool ended) const;
   std::optional<Source> decideByCounts() const;
   std::optional<Source> decideByDeclaration(std::string_view held) const;
