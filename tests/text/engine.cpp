@@ -117,7 +117,7 @@ std::string widened(const std::string& gbk) {
 
 Converted convert(sgbk_converter* c, std::string_view text, const Pieces& pieces) {
   constexpr std::size_t kMost = 1 << 20;
-  static const GuardedBuffer buffer(kMost);
+  static thread_local const GuardedBuffer buffer(kMost);
   Converted all;
   for (std::size_t at = 0, i = 0; all.result == SGBK_OK; ++i) {
     std::string_view piece = text.substr(at, pieces.empty() ? text.npos : pieces[i % pieces.size()]);
@@ -150,7 +150,7 @@ Converted convert(const std::string& setup, std::string_view text, const Pieces&
 
 std::string textOf(const std::string& setup, std::string_view text) { return convert(setup, text).text; }
 
-std::string setupOf(const std::string& from, const std::string& to, unsigned bits) {
+std::string setupOf(const std::string& from, const std::string& to, std::size_t bits) {
   std::string setup = from + " " + to;
   const char* const kOptions[] = {"entities", "fold-case", "trim-punct", "strict", "truncate=9",
                                   "truncate=2", "replace=<?>", "half-width", "html", "declare"};

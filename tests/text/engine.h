@@ -48,7 +48,7 @@ std::vector<std::string> sourceNames();
 std::vector<std::string> targetNames();
 
 // A setup with the options that the bits choose, leaving out what excludes what.
-std::string setupOf(const std::string& from, const std::string& to, unsigned bits);
+std::string setupOf(const std::string& from, const std::string& to, std::size_t bits);
 
 // Up to `most` characters of a source and what breaks them.
 std::string randomText(const std::string& source, std::size_t most, std::mt19937& random);

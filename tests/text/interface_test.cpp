@@ -1,0 +1,244 @@
+// What the interface promises its callers: results instead of exceptions, handles that can be used
+// again, no lock, no growth, and a library object that stays the caller's.
+
+#include <gtest/gtest.h>
+#include <sgbk/EncodingConvertor.h>
+#include <sgbk/text.hpp>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <thread>
+
+#include "text/engine.h"
+
+namespace {
+std::atomic<long> allocationsLeft = -1;  // below 0: as many as wanted
+std::atomic<long> alive = 0;
+
+bool isRefused() {
+  if (allocationsLeft > 0) --allocationsLeft;
+  return allocationsLeft == 0;
+}
+}  // namespace
+
+// Stand in for allocation in the whole program, the libraries included.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  if (isRefused()) return nullptr;
+  ++alive;
+  return std::malloc(size);
+}
+void* operator new(std::size_t size) {
+  if (void* p = operator new(size, std::nothrow)) return p;
+  throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept { alive -= p != nullptr, std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { operator delete(p); }
+
+namespace sgbk_test {
+namespace {
+
+using namespace std::string_literals;
+
+const std::string kText = "&copy; \xE4\xB8\xAD\xE6\x96\x87\xE5\xAD\x97\n" + std::string(2000, 'x') + "\xF0\x9F\x98\x80\n";
+const char* const kOptions[] = {"entities", "trim-punct", "declare", "losses"};
+
+// From opening to closing; whether there was memory for all of it.
+bool convertWithFailures(const char* from, long allocations, std::size_t& written) {
+  allocationsLeft = allocations;
+  sgbk_converter* const c = sgbk_open(from, "gbk");
+  bool isDone = c != nullptr;
+  for (const char* const option : kOptions) {
+    isDone = isDone && sgbk_set(c, option, nullptr) == SGBK_OK;
+  }
+  isDone = isDone && sgbk_set(c, "replace", "\xE3\x80\x93\xE3\x80\x93\xE3\x80\x93\xE3\x80\x93\xE3\x80\x93\xE3\x80\x93") == SGBK_OK;
+  const char* out;
+  if (isDone) {
+    const sgbk_result result = sgbk_convert(c, kText.data(), kText.size(), 1, &out, &written);
+    isDone = result == SGBK_OK;
+    EXPECT_TRUE(isDone || (result == SGBK_NO_MEMORY && *sgbk_error(c) != '\0')) << result;
+  }
+  allocationsLeft = -1;
+  // With memory again, the same converter is as good as new.
+  if (c != nullptr && !isDone) {
+    sgbk_reset(c);
+    EXPECT_EQ(sgbk_convert(c, kText.data(), kText.size(), 1, &out, &written), SGBK_OK);
+  }
+  sgbk_close(c);
+  return isDone;
+}
+
+TEST(Interface, TellsWhereMemoryEnds) {
+  // First while the process has no tables yet, then with all of them.
+  for (const bool isCold : {true, false}) {
+    for (const char* const from : {"utf-8", "auto", "ucs-2"}) {
+      const long before = alive;
+      std::size_t written = 0;
+      long allocations = 1;
+      while (!convertWithFailures(from, allocations, written)) ASSERT_LT(++allocations, 10000);
+      EXPECT_GT(allocations, 10);
+      EXPECT_TRUE(isCold || alive == before) << alive - before;
+    }
+  }
+  EXPECT_EQ(sgbk_open("big5", "nothing"), nullptr);
+}
+
+TEST(Interface, NeedsNoMoreMemoryForMoreText) {
+  for (const std::string setup : {"utf-8 utf-8 entities trim-punct truncate=100", "big5 gbk html", "auto utf-16le"}) {
+    const Handle c = open(setup);
+    const std::string piece = "<p>\xE3\x80\x82 \xE3\x80\x82&&&" + std::string(1000, '.') + (setup[0] == 'u' ? "" : "\n");
+    const char* out;
+    std::size_t size;
+    long early = 0, mallocs = 0;
+    for (int i = 0; i < 3000; ++i) {
+      allocationsLeft = 1 << 20;
+      ASSERT_EQ(sgbk_convert(c.get(), piece.data(), piece.size(), 0, &out, &size), SGBK_OK);
+      if (i == 100) early = alive;
+      if (i > 100) mallocs += (1 << 20) - allocationsLeft;
+    }
+    allocationsLeft = -1;
+    EXPECT_EQ(alive, early) << setup;
+    EXPECT_EQ(mallocs, 0) << setup;
+  }
+}
+
+TEST(Interface, LeavesTheLibrarysObjectToItsCaller) {
+  const Handle first = open("big5 utf-8");
+  EncodingConvertor::clear();
+  for (const std::string& from : sourceNames()) {
+    for (const std::string& to : targetNames()) convert(setupOf(from, to, 7), "a\n\xA4\xA4 &amp;\n");
+  }
+  EXPECT_EQ(convert(first.get(), "\xA4\xA4", {}).text, "\xE4\xB8\xAD");
+  EXPECT_EQ(EncodingConvertor::getInstance(), nullptr);
+}
+
+TEST(Interface, ServesManyThreadsFromTheFirstCallOn) {
+  std::atomic<int> waiting = 8;
+  std::vector<std::jthread> threads;
+  for (unsigned i = 0; i < 8; ++i) {
+    threads.emplace_back([&waiting, i] {
+      for (--waiting; waiting != 0;) std::this_thread::yield();
+      std::mt19937 random(i % 2);
+      for (int k = 0; k < 40; ++k) {
+        const std::string setup = setupOf("auto", targetNames()[random() % 6], random() & random());
+        const std::string text = randomText("utf-8", 50, random);
+        EXPECT_EQ(described(convert(open(setup).get(), text, {})), described(convert(open(setup).get(), text, {3})));
+      }
+    });
+  }
+}
+
+TEST(Interface, WorksInTheChildOfAFork) {
+  std::atomic<bool> isDone = false;
+  std::jthread other([&] {
+    while (!isDone) textOf("utf-8 big5 traditional", "\xE4\xBA\x91");
+  });
+  for (int i = 0; i < 100; ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20);
+      char out[4] = {};
+      const Handle c(sgbk_open("utf-8", i % 2 == 0 ? "gbk" : "utf-16le"));
+      const char* text;
+      std::size_t size;
+      _exit(c && sgbk_convert(c.get(), "a", 1, 1, &text, &size) == SGBK_OK && *text == 'a' && out[0] == 0 ? 0 : 1);
+    }
+    int status;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+  }
+  isDone = true;
+}
+
+TEST(Interface, BeginsAnewAfterAReset) {
+  std::mt19937 random(4);
+  for (const std::string& from : sourceNames()) {
+    for (int i = 0; i < 40; ++i) {
+      const std::string setup = setupOf(from, targetNames()[random() % 6], random() & random()) + " losses";
+      const Handle c = open(setup);
+      for (int k = 0; k < 3; ++k) {
+        const std::string text = randomText(from, 20, random);
+        const char* out;
+        std::size_t size;
+        sgbk_convert(c.get(), text.data(), text.size() / 2, static_cast<int>(random() % 2), &out, &size);
+        sgbk_reset(c.get());
+        ASSERT_EQ(described(convert(c.get(), text, {5})), described(convert(setup, text))) << setup;
+        sgbk_reset(c.get());
+      }
+    }
+  }
+}
+
+TEST(Interface, SaysWhatIsWrong) {
+  const struct {
+    const char *setup, *option, *value, *error;
+  } kRows[] = {
+      {"big5 gbk", "tidy", nullptr, "unknown option 'tidy'"},
+      {"big5 gbk", "entities", "yes", "entities takes no value: 'yes'"},
+      {"big5 gbk", "truncate", nullptr, "truncate needs a value"},
+      {"big5 gbk", "truncate", "0", "truncate: not a number from 1 to 1000000: '0'"},
+      {"big5 gbk", "truncate", "8x", "truncate: not a number from 1 to 1000000: '8x'"},
+      {"big5 gbk", "no-simplify", "1", "no-simplify works from gbk and hz only: the other tables simplify by themselves"},
+      {"gbk gbk-wide", "html", nullptr, "gbk-wide has no half-width characters, so no half-width, html or declare"},
+      {"gbk gbk", "traditional", nullptr, "traditional works to big5 only"},
+      {"gbk gbk", "replace", "\xF0\x9F\x98\x80", "replace: not a line of UTF-8 that gbk can hold: '\xF0\x9F\x98\x80'"},
+      {"gbk gbk", "replace", "a\n", "replace: not a line of UTF-8 that gbk can hold: 'a\n'"},
+      {"gbk gbk", "replace", "\xFF", "replace: not a line of UTF-8 that gbk can hold: '\xFF'"},
+  };
+  const char* out;
+  std::size_t size;
+  for (const auto& row : kRows) {
+    const Handle c = open(row.setup);
+    sgbk_result result = sgbk_set(c.get(), row.option, row.value);
+    if (result == SGBK_OK) result = sgbk_convert(c.get(), nullptr, 0, 0, &out, &size);
+    EXPECT_EQ(result, SGBK_USAGE) << row.error;
+    EXPECT_STREQ(sgbk_error(c.get()), row.error);
+  }
+  const Handle c = open("gbk gbk");
+  EXPECT_STREQ(sgbk_error(c.get()), "");
+  EXPECT_EQ(sgbk_convert(c.get(), "x", 1, 1, &out, &size), SGBK_OK);
+  EXPECT_EQ(sgbk_set(c.get(), "entities", nullptr), SGBK_USAGE);
+  EXPECT_EQ(sgbk_convert(c.get(), "x", 1, 1, &out, &size), SGBK_USAGE);
+  EXPECT_EQ(size, 0u);
+  for (const char* const name : {"", "//IGNORE", "utf-7", "-"}) {
+    EXPECT_EQ(sgbk_source_name(name), nullptr) << name;
+    EXPECT_EQ(sgbk_target_name(name), nullptr) << name;
+  }
+  EXPECT_STREQ(sgbk_source_name("Big-5//TRANSLIT"), "big5");
+  EXPECT_STREQ(sgbk_target_name("UTF8"), "utf-8");
+}
+
+TEST(Interface, TellsItsOptions) {
+  size_t count;
+  const sgbk_option* const options = sgbk_options(&count);
+  ASSERT_GE(count, 12u);
+  for (const sgbk_option* o = options; o != options + count; ++o) {
+    const bool takesValue = o->argument != nullptr;
+    EXPECT_EQ(sgbk_set(open("gbk big5").get(), o->name, takesValue ? "9" : nullptr), SGBK_OK) << o->name;
+    EXPECT_EQ(sgbk_set(open("gbk big5").get(), o->name, takesValue ? nullptr : "9"), SGBK_USAGE) << o->name;
+    EXPECT_TRUE(takesValue || sgbk_set(open("gbk big5").get(), o->name, "0") == SGBK_OK) << o->name;
+  }
+}
+
+TEST(Interface, IsThereForCpp) {
+  EXPECT_EQ(sgbk::convert("\xA4\xA4\n", "big5", "utf-8"), "\xE4\xB8\xAD\n");
+  sgbk::Converter first("utf-8", "gbk");
+  sgbk::Converter c = std::move(first.set("entities").set("strict").set("truncate", "80"));
+  EXPECT_EQ(c.convert("&l", 2, false), "");
+  EXPECT_EQ(c.convert("t;\n", 3, false), "<\n");
+  try {
+    c.convert("\n\xFF", 2, true);
+    FAIL();
+  } catch (const sgbk::Error& error) {
+    EXPECT_EQ(error.text, "\n");
+    EXPECT_EQ(error.result, SGBK_LOST);
+    EXPECT_STREQ(error.what(), "line 3, byte 6: FF is malformed");
+  }
+  EXPECT_THROW(c.set("nothing"), sgbk::Error);
+  EXPECT_THROW(sgbk::Converter("utf-7", "gbk"), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace sgbk_test
