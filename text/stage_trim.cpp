@@ -12,8 +12,8 @@
 namespace sgbk::text {
 namespace {
 
-// rare  line ends, blanks that are not written as they are, and what has four bytes
-enum Kind : Byte { kOrdinary, kMark, kBlank, kShape, kNul, kRare, kKinds };
+// rare  line ends, blanks that are not written as they are, NUL, and what has four bytes
+enum Kind : Byte { kOrdinary, kMark, kBlank, kShape, kRare, kKinds };
 
 struct Kinds {
   std::array<Kind, 0x10000> of{};  // by unit, or by ASCII byte
@@ -29,7 +29,7 @@ struct Kinds {
   }
 
   static Kind kindOf(gchar_t unit) {
-    return unit == 0            ? kNul
+    return unit == 0            ? kRare
            : isgcharspace(unit) ? kBlank
            : isShapeChar(unit)  ? kShape
            : isGraphChar(unit)  ? kMark
@@ -80,7 +80,6 @@ constexpr Step stepOf(unsigned state, unsigned kind) {
               : state == kLongBlank ? next(kAfterBlank)
                                     : next(state),
               0};
-    case kNul: return {next(state), 0};
     default: return {kSeldom, 0};
   }
 }
@@ -194,6 +193,8 @@ class TrimStage : public Stage {
       to_ = std::copy_n(p, 4, to_);
       state_ = kText;
       return p + 4;
+    } else if (*p == '\0') {
+      return p + 1;
     } else if (*p != '\r') {
       takeBlank(' ');
     } else if (state_ != kStart) {
