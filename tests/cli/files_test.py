@@ -42,10 +42,11 @@ class InPlace(Test):
         for codec in ["utf-8", "utf-16", "gbk", "hz"]:
             before = simplified.encode(codec)
             write("in", before)
+            write("too", before)
             for option in ["-v", "-i.bak", "--report=r"]:
-                status, _, message = big5("-i", option, "in")
-                self.assertEqual((status, read("in")), (1, before), codec)
-                self.assertIn("left as it was: it looks like", message)
+                status, _, message = big5("-i", option, "in", "too")
+                self.assertEqual((status, read("in"), read("too")), (1, before, before), codec)
+                self.assertEqual(message.count("left as it was: it looks like"), 2)
             self.assertFalse(os.path.exists("in.bak"))
             self.assertEqual(big5("-qi", "--force", "in"), (0, b"", ""))
             self.assertEqual(read("in") == before, codec == "hz")
