@@ -161,8 +161,8 @@ void Output::putInPlace(const std::string& backup) {
   if (!backup.empty()) {
     isLinked = link(target_.c_str(), backup.c_str()) == 0;
     // Some file systems have no second names; the file is then away for a moment.
-    if (!isLinked && renameat2(AT_FDCWD, target_.c_str(), AT_FDCWD, backup.c_str(),
-                               RENAME_NOREPLACE) != 0) {
+    if (!isLinked &&
+        renameat2(AT_FDCWD, target_.c_str(), AT_FDCWD, backup.c_str(), RENAME_NOREPLACE) != 0) {
       fail("cannot keep the old file as " + backup, errno);
     }
   }

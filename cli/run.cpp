@@ -125,7 +125,10 @@ class Run {
     if (!there) return refuse(path, std::strerror(errno));
     if (isInPlace_ && !S_ISREG(there->st_mode)) return refuse(path, "not a regular file");
     // What has been converted is not in the encoding of the input any more.
-    if (!taken_.insert(placeOf(target)).second) return refuse(path, "its place is taken already");
+    if (!taken_.insert(placeOf(target)).second) {
+      return refuse(path,
+                    isInPlace_ ? "is replaced or kept already" : "another output has its name");
+    }
     const std::string backup = suffix_.empty() ? "" : path + suffix_;
     if (!backup.empty() && !takeFreeName(backup)) return refuse(path, backup + " exists already");
     if (isInPlace_ && !options_.has("force")) {

@@ -1,6 +1,6 @@
 /* Loaded before the C library: makes the calls of the command fail where FAULT says so.
  *
- *   FAULT=12:15:0   the 12th call sends signal 15 first
+ *   FAULT=12:15:0   the 12th call sends signal 15 at its end
  *   FAULT=12:0:28   the 12th call fails with errno 28; 12:0:28:+ so do all such calls after it
  *   FAULT=short     every call is interrupted once, and little is read and written at a time
  *
@@ -37,20 +37,26 @@ static int strikes(const char *name) {
   }
   errno = EINTR;
   if (is_short) return number % 2;
-  if (number == at && with_signal != 0) kill(getpid(), with_signal);
   errno = with_error;
   return with_error != 0 && (number == at || (goes_on && number > at && strchr("wmlrf", *name)));
 }
 
+static long after(long result) {
+  const int error = errno;
+  if (number == at && with_signal != 0) kill(getpid(), with_signal);
+  errno = error;
+  return result;
+}
+
 #define REAL(name) ((__typeof__(&name))dlsym(RTLD_NEXT, #name))
-#define FAIL_OR(name, ...) (strikes(#name) ? -1 : REAL(name)(__VA_ARGS__))
+#define FAIL_OR(name, ...) (strikes(#name) ? -1 : after(REAL(name)(__VA_ARGS__)))
 
 int open(const char *path, int flags, ...) {
   va_list more;
   va_start(more, flags);
   const mode_t mode = va_arg(more, mode_t);
   va_end(more);
-  return FAIL_OR(open, path, flags, mode);
+  return (int)FAIL_OR(open, path, flags, mode);
 }
 
 ssize_t read(int fd, void *to, size_t size) {
@@ -63,16 +69,16 @@ ssize_t write(int fd, const void *from, size_t size) {
 
 int close(int fd) { /* the descriptor is gone all the same */
   const int fails = strikes("close"), error = errno;
-  const int result = REAL(close)(fd);
+  const int result = (int)after(REAL(close)(fd));
   if (fails) errno = error;
   return fails ? -1 : result;
 }
 
 /* Calls that no signal interrupts. */
-#define CERTAIN(name, ...) (is_short ? REAL(name)(__VA_ARGS__) : FAIL_OR(name, __VA_ARGS__))
+#define CERTAIN(name, ...) (int)(is_short ? REAL(name)(__VA_ARGS__) : FAIL_OR(name, __VA_ARGS__))
 
-int fsync(int fd) { return FAIL_OR(fsync, fd); }
-int syncfs(int fd) { return FAIL_OR(syncfs, fd); }
+int fsync(int fd) { return (int)FAIL_OR(fsync, fd); }
+int syncfs(int fd) { return (int)FAIL_OR(syncfs, fd); }
 int mkostemp(char *name, int flags) { return CERTAIN(mkostemp, name, flags); }
 int link(const char *from, const char *to) { return CERTAIN(link, from, to); }
 int rename(const char *from, const char *to) { return CERTAIN(rename, from, to); }

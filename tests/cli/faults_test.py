@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Every call that touches a file fails once, and the command is killed before each of them."""
+"""Every call that touches a file fails once, and the command is killed after each of them."""
 
 import errno
 import os
@@ -135,7 +135,7 @@ class Faults(Test):
         self.sweep(check)
 
     def test_backup_that_somebody_else_makes_meanwhile(self):
-        at = self.calls("kept").index("link") + 1
+        at = self.calls("kept").index("link")  # the call before it
         self.begin("kept")
         environment = {**os.environ, "LD_PRELOAD": SHIM, "FAULT": f"{at}:{signal.SIGSTOP}:0"}
         words = MODES["kept"].format("a b c").split()
