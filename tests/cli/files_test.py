@@ -43,11 +43,13 @@ class InPlace(Test):
             before = simplified.encode(codec)
             write("in", before)
             write("too", before)
+            write("short", b"short\n")
             for option in ["-v", "-i.bak", "--report=r"]:
-                status, _, message = big5("-i", option, "in", "too")
+                status, _, message = big5("-i", option, "short", "in", "too")
                 self.assertEqual((status, read("in"), read("too")), (1, before, before), codec)
                 self.assertEqual(message.count("left as it was: it looks like"), 2)
             self.assertFalse(os.path.exists("in.bak"))
+            os.unlink("short.bak")
             self.assertEqual(big5("-qi", "--force", "in"), (0, b"", ""))
             self.assertEqual(read("in") == before, codec == "hz")
         # Fewer than eight characters cannot be told apart.
@@ -81,15 +83,16 @@ class InPlace(Test):
         if not IS_ROOT:
             return
         os.chmod(".", 0o777)
-        for user, owner in [(0, 12345), (NOBODY, NOBODY)]:
+        # The rights of an owner or a group are not lent in the name of another one.
+        for user, groups, kept in [(0, [], (12345, 54321, 0o6666)),
+                                   (NOBODY, [54321], (NOBODY, 54321, 0o2666)),
+                                   (NOBODY, [], (NOBODY, NOBODY, 0o666))]:
             write("in", LOSSY)
-            os.chown("in", 12345, NOBODY)
+            os.chown("in", 12345, 54321)
             os.chmod("in", 0o6666)
-            self.assertEqual(big5("-i", "in", user=user, group=user, extra_groups=[NOBODY])[0], 0)
+            self.assertEqual(big5("-i", "in", user=user, group=user, extra_groups=groups)[0], 0)
             status = os.stat("in")
-            self.assertEqual((status.st_uid, status.st_gid), (owner, NOBODY))
-            # The rights of an owner are not lent in the name of another one.
-            self.assertEqual(status.st_mode & 0o7777, 0o6666 if owner == 12345 else 0o2666)
+            self.assertEqual((status.st_uid, status.st_gid, status.st_mode & 0o7777), kept)
 
     def test_goes_on_after_what_cannot_be_written(self):
         os.mkdir("closed")
@@ -108,7 +111,9 @@ class InPlace(Test):
         self.assertEqual((read("kept"), read("r").count(b"good\t")), (LOSSY, 2))
         # It does not go on when the report is lost, nor with a file that is being written.
         write("much", b"\x81A\n" * 9999)
-        self.assertEqual(big5("-qi", "--force", "--report=/dev/full", "much", "kept")[0], 3)
+        write("more", b"\xc5\xe9\n")
+        self.assertEqual(big5("-qi", "--force", "--report=/dev/full", "much", "more")[0], 3)
+        self.assertEqual(read("more"), b"\xc5\xe9\n")
         with open("kept", "rb+") as both:
             self.assertEqual(big5("-qi", "kept", stdout=both)[0], 3)
         self.assertEqual(read("kept"), LOSSY)
