@@ -23,8 +23,22 @@ def header():
     return re.sub(r"^#(?!define \w+ \d+$).*", "", text, flags=re.MULTILINE)
 
 
+# Added to the C library's functions.
+FUNCTION = "int sgbk_is_one_unit_each(const char16_t *units, size_t count)"
+SOURCE = f"""
+#include <sgbk/text.h>
+#include <uchar.h>
+
+/* Whether UTF-16 has no character of two units. */
+static {FUNCTION} {{
+  int has_surrogates = 0;
+  for (size_t i = 0; i < count; ++i) has_surrogates |= (units[i] & 0xF800) == 0xD800;
+  return !has_surrogates;
+}}
+"""
+
 binding = cffi.FFI()
-binding.cdef(header())
-binding.set_source("sgbk._engine", "#include <sgbk/text.h>", py_limited_api=True,
+binding.cdef(header() + FUNCTION + ";")
+binding.set_source("sgbk._engine", SOURCE, py_limited_api=True, extra_compile_args=["-O3"],
                    **({"extra_objects": STATIC, "libraries": ["stdc++"]} if any(STATIC)
                       else {"libraries": ["sgbk-text"]}))
