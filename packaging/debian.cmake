@@ -1,4 +1,4 @@
-# The Debian packages libsgbk1, libsgbk-dev and sgbk: `cpack` in a build of the preset "package".
+# The Debian packages libsgbk1, libsgbk-dev, sgbk and python3-sgbk: `cpack` in a build of the preset "package".
 # scripts/test-packages makes them and tries them in a bare Debian.
 
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
@@ -9,6 +9,9 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL libraries development)
 if(TARGET sgbk-command)
   list(APPEND CPACK_COMPONENTS_ALL command)
+endif()
+if(TARGET sgbk-python)
+  list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
@@ -29,6 +32,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS libraries)
 set(CPACK_COMPONENT_COMMAND_DEPENDS libraries)
+set(CPACK_COMPONENT_PYTHON_DEPENDS libraries)
 
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Chinese text to clean simplified GBK")
 
@@ -52,6 +56,16 @@ set(CPACK_DEBIAN_COMMAND_DESCRIPTION
 what was lost.")
 set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME sgbk)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION text)
+
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION
+"The Python package: text of any encoding to simplified str or bytes, with
+libsgbk.")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-sgbk)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), python3-cffi-backend (>= 1.15)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  ${CMAKE_CURRENT_SOURCE_DIR}/debian/python/postinst
+  ${CMAKE_CURRENT_SOURCE_DIR}/debian/python/prerm)
 
 # What Debian asks of every package and an installed tree does not need.
 set(debian ${CMAKE_CURRENT_BINARY_DIR}/debian)
