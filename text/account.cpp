@@ -79,10 +79,7 @@ void Account::endPiece(const Byte* end) {
   begin_ = end;
 }
 
-void Account::add(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c) {
-  ++counts_.reasons[reason];
-  const bool isFirst = reason != SGBK_REPLACED && counts_.first.size == 0;
-  if (!isFirst && !isListed_) return;
+void Account::tell(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c) {
   countLines(p);
   sgbk_loss loss = {};
   loss.line = counts_.lines + 1;
@@ -91,7 +88,7 @@ void Account::add(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint
   loss.reason = static_cast<std::uint8_t>(reason);
   loss.size = static_cast<std::uint8_t>(size);
   std::memcpy(loss.bytes, p, std::min<std::size_t>(size, SGBK_LOSS_BYTES));
-  if (isFirst) counts_.first = loss;
+  if (counts_.first.size == 0 && reason != SGBK_REPLACED) counts_.first = loss;
   if (isListed_) losses_.push_back(loss);
 }
 

@@ -34,7 +34,11 @@ class Account {
     counts_.characters += static_cast<std::uint64_t>(count);
   }
   // At `p` in the piece, `size` bytes of input. Calls come in the order of the input.
-  void add(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c);
+  void add(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c) {
+    ++counts_.reasons[reason];
+    const bool isFirst = counts_.first.size == 0 && reason != SGBK_REPLACED;
+    if (isFirst || isListed_) tell(reason, p, size, c);
+  }
 
   // A loss that was told before.
   void addAgain(const sgbk_loss& loss);
@@ -54,6 +58,7 @@ class Account {
 
  private:
   void countLines(const Byte* end);
+  void tell(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c);
 
   LineFeeds lineFeeds_ = LineFeeds::inBytes;
   bool isListed_ = false;

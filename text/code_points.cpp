@@ -108,6 +108,7 @@ CodePoint codePointOfGbk(gchar_t code) { return sgbk_gbk_code_points[code]; }
 CodePoint codePointOfBig5(gchar_t code) { return sgbk_big5_code_points[code]; }
 
 CodePoint privatePointOf(CodePoint c) {
+  if (c > std::rbegin(kMoved)->now) return kNoCodePoint;
   const auto* const moved = std::find_if(std::begin(kMoved), std::end(kMoved),
                                          [c](const MovedCharacter& m) { return m.now == c; });
   return moved == std::end(kMoved) ? kNoCodePoint : moved->before;

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "library_tables.h"
+#include "made_once.h"
 #include "sgbk/EncodingConvertor.h"
 
 namespace sgbk::text {
@@ -78,7 +79,7 @@ class Composer {
     const Sequence bytes = table_.encode(c);
     if (bytes.size > 3) return rareEntry(Rare::beyond, c);
     if (bytes.size != 0) return entryFor(bytes.view());
-    const bool isReplaced = key_.codes == Codes::unicode && replacementFor(c) != nullptr;
+    const bool isReplaced = key_.codes == Codes::unicode && !replacementFor(c).empty();
     return rareEntry(isReplaced ? Rare::replaced : Rare::lacking, c);
   }
 
@@ -135,7 +136,10 @@ CodeTable::CodeTable(const TableKey& tableKey) : key(tableKey) {
 Entry CodeTable::entryOf(CodePoint c) const {
   if (c < 0x10000) return entries[c];
   if (const CodePoint before = privatePointOf(c)) return entries[before];
-  return rareEntry(encode(c).size == 0 ? Rare::lacking : Rare::beyond, c);
+  const bool isLacking = key.target == Target::big5 ? big5Of(c).size == 0
+                                                    : key.target == Target::gbk ||
+                                                          key.target == Target::gbkWide;
+  return rareEntry(isLacking ? Rare::lacking : Rare::beyond, c);
 }
 
 Sequence CodeTable::encode(CodePoint c) const {
@@ -151,14 +155,23 @@ Sequence CodeTable::encode(CodePoint c) const {
   return key.form == Form::middle && bytes.size != 0 ? fourBytesOf(c) : bytes;
 }
 
-const char* replacementFor(CodePoint c) {
-  switch (c) {
-    case 0xA9: return "copy";
-    case 0xBC: return "frac14";
-    case 0xBD: return "frac12";
-    case 0x2122: return "trade";
-    default: return nullptr;
+std::string_view replacementFor(CodePoint c) {
+  struct Replacements {
+    struct {
+      CodePoint c;
+      const char* entity;
+      char ascii[4];
+    } rows[4] = {{0xA9, "copy", {}}, {0xBC, "frac14", {}}, {0xBD, "frac12", {}}, {0x2122, "trade", {}}};
+
+    Replacements() {
+      for (auto& row : rows) deEscHtml(row.entity, row.ascii);
+    }
+  };
+  static std::atomic<const Replacements*> slot;
+  for (const auto& row : madeOnce(slot).rows) {
+    if (row.c == c) return row.ascii;
   }
+  return {};
 }
 
 const CodeTable& codeTable(const TableKey& key) {

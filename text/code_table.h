@@ -66,8 +66,8 @@ struct CodeTable {
 };
 
 // The ASCII that stands for a character where the target lacks it, as the library has it for the
-// character's entity; null for all but a few.
-const char* replacementFor(CodePoint c);
+// character's entity; empty for all but a few.
+std::string_view replacementFor(CodePoint c);
 
 // Made once for each key and kept for the process. Throws std::bad_alloc.
 const CodeTable& codeTable(const TableKey& key);

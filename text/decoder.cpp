@@ -29,9 +29,9 @@ const CodeTable& Decoder::unicode() {
 }
 
 void Decoder::append(Entry entry) {
-  char bytes[sizeof entry];
-  std::memcpy(bytes, &entry, sizeof entry);
-  out_->append(std::string_view(bytes, sizeOf(entry)));
+  char* const to = out_->room(sizeof entry);
+  std::memcpy(to, &entry, sizeof entry);
+  out_->setEnd(to + sizeOf(entry));
 }
 
 void Decoder::put(Entry entry, const Byte* p, std::size_t size, CodePoint c) {
@@ -43,12 +43,9 @@ void Decoder::put(Entry entry, const Byte* p, std::size_t size, CodePoint c) {
     case Rare::lacking: return lose(SGBK_NOT_IN_TARGET, p, size, c);
     case Rare::beyond: return out_->append(table_->encode(codePointOf(entry)).view());
     case Rare::markup: return putEscaped(std::string(1, static_cast<char>(codePointOf(entry))));
-    case Rare::replaced: {
+    case Rare::replaced:
       account_.add(SGBK_REPLACED, p, size, c);
-      char ascii[4];
-      return putEscaped(
-          {ascii, static_cast<std::size_t>(deEscHtml(replacementFor(codePointOf(entry)), ascii))});
-    }
+      return putEscaped(replacementFor(codePointOf(entry)));
     case Rare::nothing: return;
   }
 }
@@ -91,12 +88,18 @@ void Decoder::putEscaped(std::string_view ascii) {
 
 std::size_t Decoder::takeReference(std::string_view text, bool ended, const Byte* p,
                                    std::size_t unit) {
-  Reference reference;
-  const Found found = findReference(text, ended, reference);
-  if (found == Found::unfinished) return 0;
+  Found found = Found::whole;
+  // Most references follow one like them, as in "&nbsp;&nbsp;".
+  if (before_.empty() || !text.starts_with(before_)) {
+    found = findReference(text, ended, reference_);
+    if (found == Found::unfinished) return 0;
+    const bool isClosed = found == Found::whole && text[reference_.length - 1] == ';';
+    before_ = isClosed ? text.substr(0, reference_.length) : std::string_view();
+  }
+  if (found == Found::whole && resolve(reference_, p, unit * reference_.length)) {
+    return reference_.length;
+  }
   account_.addCharacters(1);
-  if (found == Found::whole && resolve(reference, p, unit * reference.length))
-    return reference.length;
   putAscii('&');
   return 1;
 }
@@ -104,32 +107,23 @@ std::size_t Decoder::takeReference(std::string_view text, bool ended, const Byte
 // False when the reference has to stay: the target has neither the character nor ASCII for it.
 bool Decoder::resolve(const Reference& reference, const Byte* p, std::size_t size) {
   const CodePoint c = reference.c;
+  char ascii[4] = {static_cast<char>(c)};
   if (c < 0x80) {
     // In markup it may stand in the value of an attribute.
     if (table_->key.markup && (c == '"' || c == '\'')) return false;
-    putEscaped(std::string(1, static_cast<char>(c)));
-    return true;
-  }
-  const Entry entry = unicode().entryOf(c);
-  if (!isRare(entry)) {
-    append(entry);
-    return true;
-  }
-  char ascii[4];
-  const char* name = reference.name.c_str();
-  switch (kindOf(entry)) {
-    case Rare::beyond: out_->append(table_->encode(c).view()); return true;
-    case Rare::markup:
-      putEscaped(std::string(1, static_cast<char>(codePointOf(entry))));
+  } else {
+    const Entry entry = unicode().entryOf(c);
+    const bool isLacking = isRare(entry) && kindOf(entry) <= Rare::lacking;
+    if (!isLacking) {
+      put(entry, p, size, c);
       return true;
-    case Rare::replaced: name = replacementFor(c); break;
-    default: break;
+    }
+    const char* name = reference.name.c_str();
+    if (deEscHtml(reference.name.c_str(), ascii, name) == 0 || *name != '\0') return false;
+    account_.add(SGBK_REPLACED, p, size, c);
   }
-  const char* rest = name;
-  const int length = deEscHtml(name, ascii, rest);
-  if (length == 0 || *rest != '\0') return false;
-  account_.add(SGBK_REPLACED, p, size, c);
-  putEscaped({ascii, static_cast<std::size_t>(length)});
+  account_.addCharacters(1);
+  putEscaped(ascii);
   return true;
 }
 

@@ -93,6 +93,8 @@ class Decoder {
 
   const CodeTable* table_ = nullptr;
   const CodeTable* unicode_ = nullptr;
+  Reference reference_;  // the last one that was looked for
+  std::string before_;   // its text, if it had all that belongs to it
   const std::optional<Buffer>& replacement_;
   const bool references_;
   Ascii ascii_ = Ascii::same;

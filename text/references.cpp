@@ -53,6 +53,8 @@ bool isName(std::string_view text, std::size_t length, Reference& found) {
 }  // namespace
 
 Found findReference(std::string_view text, bool ended, Reference& found) {
+  const bool isAlone = text.size() > 1 && text[1] != '#' && !isLetter(text[1]) && !isDigit(text[1]);
+  if (isAlone) return Found::none;
   text = text.substr(0, kLongestReference);
   const std::size_t start = text.size() > 1 && text[1] == '#' ? 2 : 1;
   std::size_t end = start;
