@@ -37,8 +37,8 @@ constexpr bool isAllPairs(Block block) {
 
 // Calls `each` with 0 to count - 1, as if written out.
 template <int count, class Each>
-inline void unrolled(Each each) {
-  [&]<int... i>(std::integer_sequence<int, i...>) { (each(i), ...); }
+[[gnu::always_inline]] inline void unrolled(Each each) {
+  [&]<int... i>(std::integer_sequence<int, i...>) __attribute__((always_inline)) { (each(i), ...); }
   (std::make_integer_sequence<int, count>{});
 }
 

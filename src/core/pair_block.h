@@ -30,14 +30,24 @@ inline Bytes within(Bytes bytes, Byte first, Byte last) {
 }
 inline Bytes equalTo(Bytes bytes, Byte b) { return reinterpret_cast<Bytes>(bytes == everyByte(b)); }
 
+// Eight bytes of each from the place `from` on, in turn.
+template <int from>
+Bytes interleaved(Bytes a, Bytes b) {
+  return __builtin_shufflevector(a, b, from, from + 16, from + 1, from + 17, from + 2, from + 18,
+                                 from + 3, from + 19, from + 4, from + 20, from + 5, from + 21,
+                                 from + 6, from + 22, from + 7, from + 23);
+}
+
 struct PairBlock {
-  explicit PairBlock(const void* from)
-      : first(loadBytes(from)),
-        second(loadBytes(static_cast<const char*>(from) + sizeof(Bytes))),
+  PairBlock(Bytes firstEight, Bytes lastEight)
+      : first(firstEight),
+        second(lastEight),
         leads(__builtin_shufflevector(first, second, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24,
                                       26, 28, 30)),
         trails(__builtin_shufflevector(first, second, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25,
                                        27, 29, 31)) {}
+  explicit PairBlock(const void* from)
+      : PairBlock(loadBytes(from), loadBytes(static_cast<const char*>(from) + sizeof(Bytes))) {}
 
   void store(void* to) const {
     std::memcpy(to, &first, sizeof first);

@@ -3,7 +3,9 @@
 #ifndef SGBK_FOLD_FOLD_STEP_H
 #define SGBK_FOLD_FOLD_STEP_H
 
-#include <cstdint>
+#include <string.h>
+
+#include <cstddef>
 
 #include "core/half_width.h"
 
@@ -16,10 +18,8 @@ class CountedInput {
   bool atEnd() const { return psrc == psrcend; }
   bool hasPair() const { return reach() >= 2; }
 
-  // How many bytes can be read without looking for the end, and which of them can be trail bytes.
-  static constexpr bool mayReadAhead = true;
+  // How many bytes can be read without looking for the end.
   std::ptrdiff_t reach() const { return psrcend - psrc; }
-  static bool isTrail(Byte) { return true; }
 
   const Byte* psrc;
 
@@ -30,16 +30,24 @@ class CountedInput {
 // Text ended by a NUL, which is not taken as a trail byte.
 class TerminatedInput {
  public:
-  explicit TerminatedInput(const char* src) : psrc(bytesOf(src)) {}
+  explicit TerminatedInput(const char* src) : psrc(bytesOf(src)), known_(psrc) {}
   bool atEnd() const { return *psrc == 0; }
-  bool hasPair() const { return isTrail(psrc[1]); }
+  bool hasPair() const { return psrc[1] != 0; }
 
-  // A byte may be read only after the byte before it turned out not to be the NUL.
-  static constexpr bool mayReadAhead = false;
-  static std::ptrdiff_t reach() { return PTRDIFF_MAX; }
-  static bool isTrail(Byte b) { return b != 0; }
+  // Looks for the NUL piece by piece, since the destination may hold little of a long text.
+  std::ptrdiff_t reach() {
+    constexpr std::ptrdiff_t kEnough = 64;
+    constexpr std::size_t kPiece = 512;
+    if (known_ - psrc < kEnough && *known_ != 0) {
+      known_ = psrc + strnlen(reinterpret_cast<const char*>(psrc), kPiece);
+    }
+    return known_ - psrc;
+  }
 
   const Byte* psrc;
+
+ private:
+  const Byte* known_;  // there is no NUL before it
 };
 
 // Where folded characters are written. The caller makes sure that there is room.

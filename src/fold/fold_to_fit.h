@@ -27,7 +27,8 @@ int foldToFit(Input in, char* dest, int destlen, Byte lowestTrail, TakeRun takeR
   char* const destend = dest + destlen - 1;  // the last place for the NUL
   while (!in.atEnd()) {
     const std::ptrdiff_t free = destend - out.pdest;
-    if (free >= 2 && takeRun(in, out, free)) continue;
+    const std::ptrdiff_t room_of_run = free - (room == Room::forAnyCharacter ? 1 : 0);
+    if (free >= 2 && takeRun(in, out, room_of_run)) continue;
     char aside[2];
     FoldedOutput folded{free >= 2 ? out.pdest : aside};
     takeNext(in, folded);

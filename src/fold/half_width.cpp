@@ -14,7 +14,8 @@ int toHalfWidth(Input input, char* dest, int destlen, bool ifcase) {
   return foldToFit<Room::forThisCharacter>(
       input, dest, destlen, kLowestTrail,
       [ifcase](Input& in, FoldedOutput& out, std::ptrdiff_t room) {
-        return takePlainRun(in, out, room, ifcase);
+        return takePlainRun<Yen::kept, Markup::folded>(in, out, room, ifcase,
+                                                       [](gchar_t folded) { return folded; });
       },
       [ifcase](Input& in, FoldedOutput& out) {
         foldNext<SpaceTab::merged, Yen::kept>(in, out, ifcase,

@@ -4,7 +4,7 @@
 #include <climits>
 #include <string_view>
 
-#include "fold/fold_step.h"
+#include "fold/plain_block.h"
 #include "sgbk/EncodingConvertor.h"
 
 namespace {
@@ -30,6 +30,10 @@ int decodelibpage(const char* src, size_t srclen, char* dest, size_t destsize, b
   CountedInput in(src, srclen);
   FoldedOutput out{dest};
   while (!in.atEnd() && out.pdest < destend) {
+    if (takePlainRun<Yen::kept, Markup::leftOut>(in, out, destend - out.pdest, ifcase,
+                                                 [](gchar_t folded) { return folded; })) {
+      continue;
+    }
     if (in.hasPair()) {
       const gchar_t pair = loadUnit(in.psrc);
       if (pair == DESCRIPTION_CONTENT_SEPARATOR) {

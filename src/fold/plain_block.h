@@ -4,10 +4,9 @@
 #define SGBK_FOLD_PLAIN_BLOCK_H
 
 #include <algorithm>
-#include <bit>
 
 #include "core/byte_block.h"
-#include "core/unit_block.h"
+#include "core/pair_block.h"
 #include "fold/fold_step.h"
 
 namespace sgbk {
@@ -20,86 +19,134 @@ constexpr Block bytesWithin(Block ascii, Byte first, Byte last) {
 
 constexpr Block lowered(Block ascii) { return ascii + (bytesWithin(ascii, 'A', 'Z') >> 2); }
 
-// Folds eight pairs without a jump, since no processor can predict where text has symbols. Leaves
+// Whether the full-width markup characters & < > are folded like others or left out.
+enum class Markup { folded, leftOut };
+
+// Folds sixteen pairs without a jump, since no processor can predict where text has symbols. Leaves
 // out the first pair that is neither an ideograph nor in row A1 or A3, and those after it.
+template <Yen yen, Markup markup>
 class FoldedPairs {
  public:
-  FoldedPairs(Units pairs, bool ifcase) {
-    const Units leads = pairs & everyUnit(0xFF);
-    const Units trails = pairs >> 8;
-    const Units isA3 = unitsEqualTo(leads, 0xA3);
-    const Units printable = isA3 & unitsWithin(trails, 0xA1, 0xFD) & ~unitsEqualTo(trails, 0xA4);
-    const Units blank =
-        unitsEqualTo(pairs, CHINESE_SPACE_CHAR) | unitsEqualTo(pairs, RETURN_CONVERSION_CHAR);
-    const Units other =
-        unitsEqualTo(pairs, unitOf(0xA1, 0xAB)) | unitsEqualTo(pairs, unitOf(0xA1, 0xE7));
-    const Units symbol =
-        (isA3 | unitsEqualTo(leads, 0xA1)) & unitsWithin(trails, 0xA1, 0xFF) & ~other;
-    const Units ideograph = unitsWithin(leads, 0x81, 0xA0) | unitsWithin(leads, 0xB0, 0xF7);
-    const Units toSmall = ifcase ? unitsWithin(trails, 0xC1, 0xDA) & everyUnit(0x20) : everyUnit(0);
-    const Units ascii = trails - everyUnit(0x80) + toSmall;
-    const Units folded = printable | blank;
-    const Units units = (pairs & ~folded) | (ascii & printable) | (everyUnit(' ') & blank);
-    std::memcpy(units_, &units, sizeof units);
-    unfolded_ = ~lowBytes(folded);
-    count_ = std::countr_one(lowBytes(symbol | ideograph | blank)) / 8;
+  [[gnu::always_inline]] FoldedPairs(const PairBlock& pairs, bool ifcase) {
+    const Bytes leads = pairs.leads;
+    const Bytes trails = pairs.trails;
+    const Bytes isA3 = equalTo(leads, 0xA3);
+    Bytes printable = isA3 & within(trails, 0xA1, 0xFD);
+    if (yen == Yen::kept) printable &= ~equalTo(trails, 0xA4);
+    const Bytes blank =
+        pairs.equalToPair(CHINESE_SPACE_CHAR) | pairs.equalToPair(RETURN_CONVERSION_CHAR);
+    const Bytes others =
+        pairs.equalToPair(unitOf(0xA1, 0xAB)) | pairs.equalToPair(unitOf(0xA1, 0xE7));
+    const Bytes symbol = (isA3 | equalTo(leads, 0xA1)) & within(trails, 0xA1, 0xFF) & ~others;
+    Bytes plain = symbol | blank | within(leads, 0x81, 0xA0) | within(leads, 0xB0, 0xF7) |
+                  (within(leads, 0xAA, 0xFE) & within(trails, 0x00, 0xA0));
+    if (markup == Markup::leftOut) {
+      plain &= ~(isA3 & (equalTo(trails, 0xA6) | equalTo(trails | everyByte(0x02), 0xBE)));
+    }
+    const Bytes toSmall = ifcase ? within(trails, 0xC1, 0xDA) & everyByte(0x20) : everyByte(0);
+    const Bytes ascii =
+        ((trails - everyByte(0x80) + toSmall) & printable) | (everyByte(' ') & blank);
+    const Bytes folded = printable | blank;
+    const Bytes first = ascii | (leads & ~folded);
+    const Bytes second = trails & ~folded;
+    const Bytes units[] = {interleaved<0>(first, second), interleaved<8>(first, second)};
+    std::memcpy(units_, units, sizeof units_);
+    // Where each of them ends: the product adds up the lengths of all before.
+    const Bytes lengths = everyByte(2) + folded;
+    Block sums[2];
+    std::memcpy(sums, &lengths, sizeof sums);
+    sums[0] *= inEveryByte(1);
+    sums[1] = sums[1] * inEveryByte(1) + (sums[0] >> 56) * inEveryByte(1);
+    std::memcpy(ends_ + 1, sums, sizeof sums);
+    count_ = countUpTo(before(~maskOf(plain) & kWholeMask));
   }
 
   int count() const { return count_; }
 
-  // Writes one of them, and maybe one byte after it that does not count.
-  void put(int i, FoldedOutput& out) const {
-    storeUnit(out.pdest, units_[i]);
-    out.pdest += 1 + static_cast<std::ptrdiff_t>(unfolded_ >> 8 * i & 1);
+  // The bytes that they take.
+  int bytes() const { return ends_[count_]; }
+
+  // Writes what `write` gives for one of them, an ASCII character or a pair, and maybe one byte
+  // after it that does not count.
+  template <class Write>
+  [[gnu::always_inline]] void put(int i, char* to, Write write) const {
+    storeUnit(to + ends_[i], write(units_[i]));
   }
 
  private:
-  gchar_t units_[kBlockUnits];
-  Block unfolded_;  // a byte for each
+  gchar_t units_[kBlockPairs];
+  Byte ends_[kBlockPairs + 1] = {};
   int count_;
 };
 
-// Takes several simple characters of `in`: ASCII, eight pairs at once, or, where the input may not
-// be read ahead, a run of ideographs. Returns false when there are none.
-template <class Input>
-[[gnu::always_inline]] inline bool takePlainRun(Input& in, FoldedOutput& out, std::ptrdiff_t room,
-                                                bool ifcase) {
-  const Byte* psrc = in.psrc;
-  if (isAscii(*psrc)) {
-    // One byte less, since a space merges with a TAB that follows it.
-    auto left = std::min(room, in.reach() - 1);
-    for (; in.mayReadAhead && left >= kBlockBytes; left -= kBlockBytes) {
-      const Block block = loadBlock(psrc);
-      const Block behind = loadBlock(psrc + 1) & ~inEveryByte(0x80);
-      if (!isAllAscii(block) || bytesWithin(behind, '\t', '\t') != 0) break;
-      out.put(ifcase ? lowered(block) : block);
+// Takes characters that need no test of each while at least kRoomOfSteps of `left` bytes of input
+// and of output are there. Where text changes between ASCII and pairs cannot be predicted, so up to
+// seven ASCII characters and sixteen pairs behind them are taken without a jump, and what stands
+// behind them in the output is written again as it was.
+inline constexpr std::ptrdiff_t kRoomOfSteps = 96;
+template <Yen yen, Markup markup, class Write>
+[[gnu::always_inline]] inline void takeSteps(const Byte*& psrc, char*& pdest, std::ptrdiff_t left,
+                                             bool ifcase, Write write) {
+  constexpr Block kLast = Block{0x80} << 56;
+  for (const Byte* const srcend = psrc + left; srcend - psrc >= kRoomOfSteps;) {
+    const Block block = loadBlock(psrc);
+    // A TAB behind a space would merge with it.
+    const Block tabs = bytesWithin(loadBlock(psrc + 1) & ~inEveryByte(0x80), '\t', '\t');
+    const Block stops = (block & inEveryByte(0x80)) | tabs;
+    const Block ascii = ifcase ? lowered(block & ~inEveryByte(0x80)) : block;
+    if (stops == 0) {
+      std::memcpy(pdest, &ascii, sizeof ascii);
       psrc += kBlockBytes;
+      pdest += kBlockBytes;
+      continue;
     }
-    for (; left > 0 && isAscii(*psrc) && in.isTrail(*psrc); --left) {
-      if (psrc[1] == '\t' && psrc[0] == ' ') break;
-      out.put(ifcase ? loweredAscii(*psrc) : *psrc);
-      ++psrc;
-    }
-  } else if (in.mayReadAhead) {
-    // Two bytes of room stay for what comes next, which overwrites the byte that does not count.
-    for (auto left = std::min(room - 2, in.reach()); left >= 2 * kBlockUnits;
-         left -= 2 * kBlockUnits) {
-      const FoldedPairs pairs(loadUnits(psrc), ifcase);
-      if (pairs.count() != kBlockUnits) {
-        for (int i = 0; i < pairs.count(); ++i) pairs.put(i, out);
-        psrc += 2 * pairs.count();
-        break;
-      }
-      unrolled<kBlockUnits>([&](int i) { pairs.put(i, out); });
-      psrc += 2 * kBlockUnits;
-    }
-  } else {
-    for (auto pairs = room / 2; pairs > 0 && isIdeographLead(*psrc) && in.isTrail(psrc[1]);
-         --pairs) {
-      out.put(loadUnit(psrc));
-      psrc += 2;
+    const int singles = __builtin_ctzll(stops | kLast) / 8;
+    const FoldedPairs<yen, markup> pairs(PairBlock(psrc + singles), ifcase);
+    char* const middle = pdest + singles;
+    char* const end = middle + pairs.bytes();
+    const Bytes kept[] = {loadBytes(end), loadBytes(end + 16), loadBytes(end + 32)};
+    std::memcpy(pdest, &ascii, sizeof ascii);
+    unrolled<kBlockPairs>([&](int i) { pairs.put(i, middle, write); });
+    std::memcpy(end, kept, sizeof kept);
+    if (end == pdest) break;
+    pdest = end;
+    // Text without ASCII goes on without waiting for what was counted; where each pair is looked
+    // up, the look-ups fill the wait.
+    if (yen == Yen::kept && singles == 0 && pairs.count() == kBlockPairs) {
+      psrc += 2 * kBlockPairs;
+    } else {
+      psrc += singles + 2 * pairs.count();
     }
   }
+}
+
+// Takes characters of `in` that need no test of each: ASCII, and pairs as above. False when there
+// are none.
+template <Yen yen, Markup markup, class Input, class Write>
+[[gnu::always_inline]] inline bool takePlainRun(Input& in, FoldedOutput& out, std::ptrdiff_t room,
+                                                bool ifcase, Write write) {
+  const Byte* psrc = in.psrc;
+  char* pdest = out.pdest;
+  const std::ptrdiff_t reach = in.reach();
+  if (const auto left = std::min(room, reach); left >= kRoomOfSteps) {
+    takeSteps<yen, markup>(psrc, pdest, left, ifcase, write);
+  } else if (isAscii(*psrc)) {
+    // One byte less, since a TAB behind a space would merge with it.
+    for (auto last = std::min(room, reach - 1); last > 0 && isAscii(*psrc); --last) {
+      if (psrc[1] == '\t' && psrc[0] == ' ') break;
+      *pdest++ = static_cast<char>(ifcase ? loweredAscii(*psrc) : *psrc);
+      ++psrc;
+    }
+  } else if (reach >= kBlockPairs && room >= kBlockPairs + 2) {
+    // What comes next finds room for two bytes more, and covers the one that may be left behind.
+    const bool whole = reach >= 2 * kBlockPairs && room >= 2 * kBlockPairs + 2;
+    const FoldedPairs<yen, markup> pairs(
+        {loadBytes(psrc), whole ? loadBytes(psrc + sizeof(Bytes)) : Bytes{}}, ifcase);
+    for (int i = 0; i < pairs.count(); ++i) pairs.put(i, pdest, write);
+    pdest += pairs.bytes();
+    psrc += 2 * pairs.count();
+  }
+  out.pdest = pdest;
   return psrc != std::exchange(in.psrc, psrc);
 }
 
