@@ -118,6 +118,10 @@ def test_strict_tells_the_place(before, tmp_path):
         with pytest.raises(UnicodeDecodeError, match=f"byte {before}: FF is malformed") as caught:
             list(lines)
         assert caught.value.object[caught.value.start:caught.value.end] == b"\xff"
+    converter = sgbk.Converter("big5", strict=True)
+    converter.feed(data[:before])
+    with pytest.raises(UnicodeDecodeError, match=f"byte {before}: FF is malformed"):
+        converter.finish(data[before:])
     with pytest.raises(UnicodeDecodeError, match="not in the target"):
         sgbk.convert("x😀".encode(), "utf-8", "gbk", strict=True)
     # What failed leaves nothing behind.

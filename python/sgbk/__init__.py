@@ -23,7 +23,7 @@ import ctypes
 import io
 import re
 import threading
-from typing import TYPE_CHECKING, Any, Callable, NamedTuple, Optional, Union
+from typing import TYPE_CHECKING, Any, Callable, Literal, NamedTuple, Optional, Union, overload
 
 from sgbk._engine import ffi as _ffi, lib as _lib
 
@@ -128,25 +128,26 @@ class _Engine:
         names = _c_string(source), _c_string(target)
         handle = _lib.sgbk_open(*names)
         if not handle:
-            for name, known, table in ((names[0], _lib.sgbk_source_name, _lib.sgbk_sources),
-                                       (names[1], _lib.sgbk_target_name, _lib.sgbk_targets)):
-                if not known(name):
+            for given, known, table in ((names[0], _lib.sgbk_source_name, _lib.sgbk_sources),
+                                        (names[1], _lib.sgbk_target_name, _lib.sgbk_targets)):
+                if not known(given):
                     choices = ", ".join(_text(row.name) for row in _rows(table))
-                    raise LookupError(f"unknown encoding: {name.decode()!r}; known are {choices}")
+                    raise LookupError(f"unknown encoding: {given.decode()!r}; known are {choices}")
             raise MemoryError
         self.handle = _ffi.gc(handle, _lib.sgbk_close)
         self.out, self.size = _ffi.new("const char **"), _ffi.new("size_t *")
         if losses:
-            self.check(_lib.sgbk_set(self.handle, b"losses", _ffi.NULL), None)
+            self.check(_lib.sgbk_set(self.handle, b"losses", _ffi.NULL))
         for name, value in options.items():
             if name not in _OPTIONS:
                 raise ValueError(f"unknown option: {name!r}; known are {', '.join(_OPTIONS)}")
             if value is not None:
                 text = _c_string(str(int(value) if isinstance(value, bool) else value))
-                self.check(_lib.sgbk_set(self.handle, _OPTIONS[name].name, text), None)
+                self.check(_lib.sgbk_set(self.handle, _OPTIONS[name].name, text))
 
-    def run(self, data: "ReadableBuffer", last: bool, take: Callable[["_Engine"], Any]) -> list[Any]:
-        """Converts data, and takes what there is after each piece."""
+    def run(self, data: "ReadableBuffer", last: bool, take: Callable[["_Engine"], Any],
+            whole: "Optional[ReadableBuffer]" = None) -> list[Any]:
+        """Converts data, and takes what there is after each piece; whole as for check()."""
         buffer = rest = _ffi.from_buffer(data)
         size = len(buffer)
         taken = []
@@ -155,14 +156,14 @@ class _Engine:
             ends = last and piece == size
             result = _lib.sgbk_convert(self.handle, rest, piece, ends, self.out, self.size)
             if result:
-                self.check(result, data if last else None)
+                self.check(result, whole)
             taken.append(take(self))
             if piece == size:
                 return taken
             rest, size = rest + piece, size - piece
 
-    def check(self, result: int, whole: "Optional[ReadableBuffer]") -> None:
-        """Raises what a result stands for; whole is all of the input, where that is known."""
+    def check(self, result: int, whole: "Optional[ReadableBuffer]" = None) -> None:
+        """Raises what a result stands for; whole is all of the input, where that is at hand."""
         if result == _lib.SGBK_OK:
             return
         if result == _lib.SGBK_NO_MEMORY:
@@ -204,7 +205,6 @@ class _Engine:
     def source(self) -> str:
         return _text(_lib.sgbk_source(self.handle))
 
-
     def result(self) -> Result:
         return Result(self.data(), self.losses(), self.counts(), self.source())
 
@@ -221,7 +221,7 @@ def _whole(data: "ReadableBuffer", source: str, target: str, losses: bool, optio
         engine = _idle[key].pop()
     except (KeyError, IndexError):
         engine = _Engine(source, target, losses, options)
-    pieces = engine.run(data, True, take)
+    pieces = engine.run(data, True, take, data)
     _lib.sgbk_reset(engine.handle)
     if len(_idle) > _MOST_IDLE:
         _idle.clear()
@@ -251,6 +251,12 @@ def decode(data: "ReadableBuffer", source: str = "auto", **options: Option) -> s
     return "".join(_whole(data, source, _STR, False, options, _Engine.text))
 
 
+@overload
+def convert(data: "ReadableBuffer", source: str = ..., target: str = ..., *,
+            losses: Literal[False] = ..., **options: Option) -> bytes: ...
+@overload
+def convert(data: "ReadableBuffer", source: str = ..., target: str = ..., *,
+            losses: Literal[True], **options: Option) -> Result: ...
 def convert(data: "ReadableBuffer", source: str = "auto", target: str = "gbk", *,
             losses: bool = False, **options: Option) -> Union[bytes, Result]:
     r"""Returns text of any encoding as simplified bytes in another one.
@@ -393,7 +399,7 @@ def open(file: "Union[str, bytes, os.PathLike[Any], BinaryIO]", source: str = "a
     ...     [line for line in lines if "静夜思" in line]
     ['<h2>【一】静夜思  李白(701-762)</h2>\n']
     """
-    converter = Converter(source, _STR, **options)
+    converter = Converter(source, _STR, losses=False, **options)
     binary = file if hasattr(file, "read") else io.open(file, "rb", buffering=0)
     return Lines(io.BufferedReader(_Converted(binary, converter), _PIECE), "utf-16-le",
                  newline=newline)
