@@ -35,6 +35,14 @@ char* putAsciiBlock(Block block, std::ptrdiff_t count, const Entry* entries, cha
       storeUnit(out + 2 * i, static_cast<gchar_t>(entries[block & 0xFF]));
     }
     return out + 2 * count;
+  } else if constexpr (form == Ascii::units) {
+    using Bytes = Byte __attribute__((vector_size(kBlockBytes)));
+    using Units = gchar_t __attribute__((vector_size(2 * kBlockBytes)));
+    Bytes bytes;
+    std::memcpy(&bytes, &block, sizeof bytes);
+    const auto units = __builtin_convertvector(bytes, Units);
+    std::memcpy(out, &units, sizeof units);
+    return out + 2 * count;
   } else {
     // Only the bytes below 80 are right, and only those are kept.
     const Block bytes = form == Ascii::lowered ? lowered(block & inEveryByte(0x7F)) : block;

@@ -14,9 +14,12 @@ void Decoder::setOutput(const CodeTable& table, Buffer& out) {
   table_ = &table;
   unicode_ = table.key.codes == Codes::unicode ? &table : nullptr;
   entries_ = table.entries.data();
-  ascii_ = sizeOf(entries_[0]) == 2 ? Ascii::wide
-           : table.key.foldCase     ? Ascii::lowered
-                                    : Ascii::same;
+  const Entry capital = entries_['A'];
+  if (sizeOf(capital) == 2) {
+    ascii_ = (capital & 0xFFFF) == 'A' ? Ascii::units : Ascii::wide;
+  } else {
+    ascii_ = table.key.foldCase ? Ascii::lowered : Ascii::same;
+  }
 }
 
 const CodeTable& Decoder::unicode() {

@@ -16,8 +16,8 @@
 
 namespace sgbk::text {
 
-// How ASCII is written: as it is, in lower case, or in two bytes.
-enum class Ascii { same, lowered, wide };
+// How ASCII is written: as it is, in lower case, as code units, or in any two bytes.
+enum class Ascii { same, lowered, units, wide };
 
 class Decoder {
  public:
@@ -76,6 +76,7 @@ class Decoder {
     switch (ascii_) {
       case Ascii::same: return withForm.template operator()<Ascii::same>();
       case Ascii::lowered: return withForm.template operator()<Ascii::lowered>();
+      case Ascii::units: return withForm.template operator()<Ascii::units>();
       default: return withForm.template operator()<Ascii::wide>();
     }
   }
