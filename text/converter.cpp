@@ -63,7 +63,7 @@ Converter::Converter(Source source, Target target)
 }
 
 void Converter::set(const char* option, const char* value) {
-  if (isStarted_) throw Failure(SGBK_USAGE, "options are set before the first byte of input");
+  if (isStarted_) throw Failure{SGBK_USAGE, "options are set before the first byte of input"};
   setOption(options_, option, value);
 }
 
@@ -133,15 +133,15 @@ void Converter::setReplacement(Form form) {
   account.beginPiece(bytesOf(text.data()));
   decoder->decode(bytesOf(text.data()), bytesOf(text.data()) + text.size(), true);
   if (account.lost() != 0 || text.find('\n') != std::string::npos) {
-    throw Failure(SGBK_USAGE, std::string("replace: not a line of UTF-8 that ") + nameOf(target_) +
-                                  " can hold: '" + *options_.replace + "'");
+    throw Failure{SGBK_USAGE, std::string("replace: not a line of UTF-8 that ") + nameOf(target_) +
+                                  " can hold: '" + *options_.replace + "'"};
   }
 }
 
 void Converter::convert(std::string_view in, bool last) {
   out_.clear();
   account_.losses().clear();
-  if (isEnded_) throw Failure(SGBK_USAGE, "the input has ended: reset comes first");
+  if (isEnded_) throw Failure{SGBK_USAGE, "the input has ended: reset comes first"};
   isEnded_ = true;  // should anything be thrown
   if (!isStarted_) start();
   const bool isFound = detector_ == nullptr && source_ != Source::ucs2;
@@ -161,7 +161,7 @@ void Converter::find(std::string_view in, bool last) {
       holdLines(unfound_.view().substr(0, verdict.ascii), false);
       unfound_.removePrefix(verdict.ascii);
     }
-    if (verdict.isRefused) throw Failure(SGBK_UNKNOWN_SOURCE, detector_->advice());
+    if (verdict.isRefused) throw Failure{SGBK_UNKNOWN_SOURCE, detector_->advice()};
     source = verdict.source;
   }
   if (!source) return;
@@ -234,7 +234,7 @@ void Converter::stopAtLoss(std::string_view lines, bool last) {
     out_.cut(whole);
   }
   account_.addAgain(loss);
-  throw Failure(SGBK_LOST, sentenceFor(loss));
+  throw Failure{SGBK_LOST, sentenceFor(loss)};
 }
 
 // The beginning of a page is looked through for the encoding that it declares.

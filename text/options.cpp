@@ -39,7 +39,7 @@ constexpr struct {
     {"losses", &Options::losses, true},
 };
 
-[[noreturn]] void refuse(const std::string& sentence) { throw Failure(SGBK_USAGE, sentence); }
+[[noreturn]] void refuse(const std::string& sentence) { throw Failure{SGBK_USAGE, sentence}; }
 
 std::size_t lengthFrom(const std::string& name, const char* text) {
   std::size_t number = 0;

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <optional>
 #include <span>
-#include <stdexcept>
 #include <string>
 
 #include "encodings.h"
@@ -14,10 +13,9 @@
 namespace sgbk::text {
 
 // Ends a call with a result that is not SGBK_OK.
-struct Failure : std::runtime_error {
-  Failure(sgbk_result why, const std::string& sentence)
-      : std::runtime_error(sentence), result(why) {}
+struct Failure {
   sgbk_result result;
+  std::string sentence;
 };
 
 struct Options {

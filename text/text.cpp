@@ -3,6 +3,7 @@
 #include "sgbk/text.h"
 
 #include <new>
+#include <utility>
 
 #include "converter.h"
 #include "library_tables.h"
@@ -22,13 +23,11 @@ namespace {
 template <class Work>
 sgbk_result attempt(sgbk_converter* c, Work work) {
   try {
-    try {
-      work();
-      return SGBK_OK;
-    } catch (const Failure& failure) {
-      c->error = failure.what();
-      return failure.result;
-    }
+    work();
+    return SGBK_OK;
+  } catch (Failure& failure) {
+    c->error = std::move(failure.sentence);
+    return failure.result;
   } catch (const std::bad_alloc&) {
     // Short enough to need no memory.
     c->error.assign("no memory");

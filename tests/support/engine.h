@@ -1,0 +1,65 @@
+// The text engine through its C interface, for tests and fuzzing.
+
+#ifndef SGBK_TESTS_ENGINE_H
+#define SGBK_TESTS_ENGINE_H
+
+#include <sgbk/text.h>
+
+#include <memory>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sgbk_test {
+
+struct Closer {
+  void operator()(sgbk_converter* c) const { sgbk_close(c); }
+};
+using Handle = std::unique_ptr<sgbk_converter, Closer>;
+
+// A setup is "FROM TO" and options: "big5 utf-8 entities truncate=80".
+Handle open(const std::string& setup);
+
+struct Converted {
+  sgbk_result result = SGBK_OK;
+  std::string text;
+  std::vector<sgbk_loss> losses;
+  sgbk_counts counts = {};
+  std::string source;
+  std::string error;
+};
+// All of it in words, and "line:offset:bytes:code point:reason " for each loss.
+std::string described(const Converted& converted);
+std::string described(const std::vector<sgbk_loss>& losses);
+
+// Converts pieces of these sizes, over and over; none for the whole at once. Each piece ends at a
+// protected page.
+using Pieces = std::vector<std::size_t>;
+Converted convert(sgbk_converter* c, std::string_view text, const Pieces& pieces);
+Converted convert(const std::string& setup, std::string_view text, const Pieces& pieces = {});
+std::string textOf(const std::string& setup, std::string_view text);
+
+// GBK text with each ASCII byte as the library widens it.
+std::string widened(const std::string& gbk);
+
+// The first names.
+std::vector<std::string> sourceNames();
+std::vector<std::string> targetNames();
+
+// A setup with the options that the bits choose, leaving out what excludes what.
+std::string setupOf(const std::string& from, const std::string& to, std::size_t bits);
+
+// Up to `most` characters of a source and what breaks them.
+std::string randomText(const std::string& source, std::size_t most, std::mt19937& random);
+
+// Empty, or what is wrong: the setup gives something else for the text cut up than for the whole;
+// the account does not fit the input; the output is not text of the target.
+std::string disagreement(const std::string& setup, const std::string& text, const Pieces& pieces);
+
+// The end of the line that begins at `at`; the text's when it has none.
+std::size_t endOfLine(const std::string& source, std::string_view text, std::size_t at);
+
+}  // namespace sgbk_test
+
+#endif
