@@ -9,9 +9,9 @@
 #include <map>
 #include <set>
 
+#include "support/engine.h"
 #include "support/hex.h"
 #include "support/operations.h"
-#include "text/engine.h"
 
 namespace sgbk_test {
 namespace {

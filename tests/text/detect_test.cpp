@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
+#include "support/engine.h"
 #include "support/hex.h"
-#include "text/engine.h"
 
 namespace sgbk_test {
 namespace {

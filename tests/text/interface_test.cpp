@@ -12,7 +12,7 @@
 #include <new>
 #include <thread>
 
-#include "text/engine.h"
+#include "support/engine.h"
 
 namespace {
 std::atomic<long> allocationsLeft = -1;  // below 0: as many as wanted

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <functional>
 
+#include "support/engine.h"
 #include "support/hex.h"
-#include "text/engine.h"
 
 namespace sgbk_test {
 namespace {

@@ -5,9 +5,9 @@
 
 #include <algorithm>
 
+#include "support/engine.h"
 #include "support/hex.h"
 #include "support/operations.h"
-#include "text/engine.h"
 
 namespace sgbk_test {
 namespace {
