@@ -134,5 +134,35 @@ class PageLinks(unittest.TestCase):
                          "analects.html\t论语 (C)é 国&unknown;\n")
 
 
+class CleanPage(unittest.TestCase):
+    def run_bytes(self, program, page, *arguments):
+        command = [os.path.join(os.environ["SGBK_EXAMPLES"], program), *arguments]
+        return subprocess.run(command, input=page, capture_output=True, check=False)
+
+    def test_every_encoding_gives_the_same_clean_page(self):
+        done = self.run_bytes("clean_page", PAGE.encode("cp950"))
+        text = done.stdout.decode("utf-8")
+        self.assertRegex(done.stderr.decode(), r"\Afrom big5, 0 of \d{4} characters lost\n\Z")
+        for line in LINES.values():
+            self.assertIn(line, text)
+        self.assertIn("charset=utf-8", text)
+        self.assertEqual(text.count("\n"), PAGE.count("\n"))
+        for codec, name in {"gbk": "gbk", "utf-16-be": "ucs-2be"}.items():
+            self.assertEqual(self.run_bytes("clean_page", PAGE.encode(codec), name).stdout, done.stdout)
+
+    def test_losses_are_listed(self):
+        done = self.run_bytes("clean_page", b"ab\n\xa4\xa4\x81\x41\xff\n", "big5")
+        self.assertEqual(done.stdout.decode("utf-8"), "ab\n中\n")
+        self.assertEqual(done.stderr.decode().splitlines(), [
+            "line 2: 81 41 undefined", "line 2: FF malformed", "from big5, 2 of 7 characters lost"])
+        self.assertEqual(self.run_bytes("clean_page", b"", "utf-7").returncode, 2)
+
+    def test_cpp_gives_what_c_gives(self):
+        page = HERE / "page.big5.html"
+        expected = self.run_bytes("clean_page", page.read_bytes()).stdout
+        done = self.run_bytes("clean_pages", b"", page, page)
+        self.assertEqual((done.stdout, done.stderr), (2 * expected, b""))
+
+
 if __name__ == "__main__":
     unittest.main()
