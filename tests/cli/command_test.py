@@ -143,11 +143,8 @@ class Account(Test):
         for option, expected in [
                 ("-fbig5", (0, CLEAN, both)), ("--quiet", (0, CLEAN, "")),
                 ("--fail-on-loss", (1, CLEAN, both)), ("--check", (1, b"", both)),
-                ("--strict", (1, b"a\n", told % "1 of N characters lost (1 undefined)"))]:
-            status, out, message = big5(option, "in")
-            if option == "--strict":
-                message = re.sub("1 of [0-9]+", "1 of N", message)
-            self.assertEqual((status, out, message), expected)
+                ("--strict", (1, b"a\n", told % "1 of 4 characters lost (1 undefined)"))]:
+            self.assertEqual(big5(option, "in"), expected)
         self.assertEqual(big5("--strict", "-o", "out", "in")[0], 1)
         self.assertEqual(big5("--check", "--fail-on-loss", PAGE)[0], 0)
         self.assertOnlyFiles("in")
