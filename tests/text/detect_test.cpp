@@ -82,6 +82,8 @@ TEST(Auto, TellingCases) {
       {"<meta charset=gb2312>" + both + "\n", "gbk"},
       {"<meta charset=big5>" + times(98, both) + "\x80\x80\n", "big5"},
       {"<meta charset=big5>" + times(20, both) + times(10, "\x80\xA1") + "\n", nullptr},
+      // A line decides before it is known whether it is the last one.
+      {"\xC2\xA9<meta charset=big5>\n", "big5"},
       // No loss as GBK, and no trail byte that only GBK would not have: from 24 pairs on.
       {times(8, both), "gbk"},
       {times(7, both) + "\xB0\xA1\xB0\xA1", nullptr},
