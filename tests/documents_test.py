@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """What the documents promise: the manuals are clean, know everything that is exported, and have the
-prototypes of the headers; the README's program prints what its comment says; links lead somewhere.
+prototypes of the headers; the README's programs print what they say; links lead somewhere.
 
-usage: documents_test.py SOURCE_FOLDER COMPILER LIBSGBK LIBTABLES
+usage: documents_test.py SOURCE_FOLDER COMPILER LIBSGBK LIBTABLES LIBTEXT
 """
 
 import pathlib
@@ -43,14 +43,16 @@ program = re.search(r"^\.Bd -literal\n(.*?)^\.Ed", manual, re.MULTILINE | re.DOT
 subprocess.run([*compile_program, "-fsyntax-only"], input=program, text=True, check=True)
 
 readme = root.joinpath("README.md").read_text(encoding="utf-8")
-program = re.search(r"^```cpp\n(.*?)^```", readme, re.MULTILINE | re.DOTALL)[1]
-promised = re.search(r"fwrite.*// (.*), in GBK$", program, re.MULTILINE)[1]
+programs = re.findall(r"^```cpp\n(.*?)^```", readme, re.MULTILINE | re.DOTALL)
+assert len(programs) == 2
 with tempfile.TemporaryDirectory() as work:
     link = ["-xnone", *libraries, *(f"-Wl,-rpath,{pathlib.Path(so).parent}" for so in libraries)]
     command = [*compile_program, "-std=c++11", *link, "-o", f"{work}/program"]
-    subprocess.run(command, input=program, text=True, check=True)
-    printed = subprocess.run(f"{work}/program", capture_output=True, check=True).stdout
-assert printed.decode("gbk").strip() == promised, printed
+    for program in programs:
+        promised, encoding = re.search(r";  // (.*), in (\S+)$", program, re.MULTILINE).groups()
+        subprocess.run(command, input=program, text=True, check=True)
+        printed = subprocess.run(f"{work}/program", capture_output=True, check=True).stdout
+        assert printed.decode(encoding).strip() == promised, printed
 
 for page in [*root.glob("*.md"), *root.glob("*/*.md")]:
     for link in re.findall(r"\]\(([^):#]+)[#)]", page.read_text(encoding="utf-8")):
