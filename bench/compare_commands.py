@@ -58,7 +58,7 @@ def main(sgbk, texts, megabytes="200"):
     size = int(megabytes) * 1000000
     text = {name: open(os.path.join(texts, name), encoding="utf-8").read()
             for name in ("pages.zh-tw", "prose.zh-tw", "pages.zh-cn", "prose.zh-cn")}
-    print("| from, to | options | prose: s, peer, ratio | pages: s, peer, ratio |\n|---|---|---|---|")
+    print("| from, to | options | prose: `sgbk`, peer, ratio | pages: `sgbk`, peer, ratio |\n|---|---|---|---|")
     most = 0
     with tempfile.TemporaryDirectory() as folder:
         path = os.path.join(folder, "text")
