@@ -23,17 +23,27 @@ def header():
     return re.sub(r"^#(?!define \w+ \d+$).*", "", text, flags=re.MULTILINE)
 
 
-# Added to the C library's functions.
-FUNCTION = "int sgbk_is_one_unit_each(const char16_t *units, size_t count)"
+# Added to the C library's functions: all that a text needs in one call, since each call gives up
+# Python's lock, and threads with short texts would spend their time on handing it over.
+FUNCTION = """
+sgbk_result sgbk_step(sgbk_converter *c, int is_first, const void *in, size_t size, int is_last,
+                      const char **out, size_t *out_size, int *is_one_unit_each)
+"""
 SOURCE = f"""
 #include <sgbk/text.h>
-#include <uchar.h>
 
-/* Whether UTF-16 has no character of two units. */
+/* As sgbk_convert, resetting the converter first for a new text; of UTF-16 it tells whether no
+ * character has two units. */
 static {FUNCTION} {{
-  int has_surrogates = 0;
-  for (size_t i = 0; i < count; ++i) has_surrogates |= (units[i] & 0xF800) == 0xD800;
-  return !has_surrogates;
+  if (is_first) sgbk_reset(c);
+  const sgbk_result result = sgbk_convert(c, in, size, is_last, out, out_size);
+  if (is_one_unit_each) {{
+    const uint16_t *units = (const uint16_t *)*out;
+    int has_surrogates = 0;
+    for (size_t i = 0; i < *out_size / 2; ++i) has_surrogates |= (units[i] & 0xF800) == 0xD800;
+    *is_one_unit_each = !has_surrogates;
+  }}
+  return result;
 }}
 """
 

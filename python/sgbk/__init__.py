@@ -122,7 +122,7 @@ def _c_string(text: str) -> bytes:
 class _Engine:
     """A converter of the C library, with what its calls write to."""
 
-    __slots__ = ("handle", "out", "size")
+    __slots__ = ("handle", "out", "size", "is_one_unit_each")
 
     def __init__(self, source: str, target: str, losses: bool, options: dict[str, Option]):
         names = _c_string(source), _c_string(target)
@@ -136,6 +136,7 @@ class _Engine:
             raise MemoryError
         self.handle = _ffi.gc(handle, _lib.sgbk_close)
         self.out, self.size = _ffi.new("const char **"), _ffi.new("size_t *")
+        self.is_one_unit_each = _ffi.new("int *") if target == _STR else _ffi.NULL
         if losses:
             self.check(_lib.sgbk_set(self.handle, b"losses", _ffi.NULL))
         for name, value in options.items():
@@ -147,20 +148,23 @@ class _Engine:
 
     def run(self, data: "ReadableBuffer", last: bool, take: Callable[["_Engine"], Any],
             whole: "Optional[ReadableBuffer]" = None) -> list[Any]:
-        """Converts data, and takes what there is after each piece; whole as for check()."""
+        """Converts data, and takes what there is after each piece; whole as for check(). Where that is
+        given, a new text begins."""
         buffer = rest = _ffi.from_buffer(data)
         size = len(buffer)
+        is_first = whole is not None
         taken = []
         while True:
             piece = size if size < _PIECE else _PIECE
             ends = last and piece == size
-            result = _lib.sgbk_convert(self.handle, rest, piece, ends, self.out, self.size)
+            result = _lib.sgbk_step(self.handle, is_first, rest, piece, ends, self.out, self.size,
+                                    self.is_one_unit_each)
             if result:
                 self.check(result, whole)
             taken.append(take(self))
             if piece == size:
                 return taken
-            rest, size = rest + piece, size - piece
+            rest, size, is_first = rest + piece, size - piece, False
 
     def check(self, result: int, whole: "Optional[ReadableBuffer]" = None) -> None:
         """Raises what a result stands for; whole is all of the input, where that is at hand."""
@@ -187,7 +191,7 @@ class _Engine:
     def text(self) -> str:
         units = _ffi.cast(_UNITS, self.out[0])
         count = self.size[0] // 2
-        if count > _SHORT and _lib.sgbk_is_one_unit_each(units, count):
+        if count > _SHORT and self.is_one_unit_each[0]:
             return _str_of_units(2, int(_ffi.cast("uintptr_t", units)), count)
         return _ffi.unpack(units, count)
 
@@ -222,7 +226,6 @@ def _whole(data: "ReadableBuffer", source: str, target: str, losses: bool, optio
     except (KeyError, IndexError):
         engine = _Engine(source, target, losses, options)
     pieces = engine.run(data, True, take, data)
-    _lib.sgbk_reset(engine.handle)
     if len(_idle) > _MOST_IDLE:
         _idle.clear()
     _idle.setdefault(key, []).append(engine)
