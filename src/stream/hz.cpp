@@ -25,18 +25,16 @@ namespace {
 // The code of a GB-mode pair. The second byte is taken whatever it is, "~" and LF included.
 gchar_t gbModePair(const Byte* in) { return sgbk::loadUnit(in) | 0x8080; }
 
-// Eight ASCII bytes without an escape.
-bool isPlainAscii(sgbk::Block block) {
-  constexpr sgbk::Block kTops = sgbk::inEveryByte(0x80);
+// The top bits of the bytes that are no ASCII or begin an escape.
+sgbk::Block stopsInAscii(sgbk::Block block) {
   const sgbk::Block fromTilde = block ^ sgbk::inEveryByte('~');
-  return ((fromTilde + sgbk::inEveryByte(0x7F)) & ~block & kTops) == kTops;
+  return ~((fromTilde + sgbk::inEveryByte(0x7F)) & ~block) & sgbk::inEveryByte(0x80);
 }
 
-// Four GB-mode pairs without an escape among them.
-bool isPlainPairs(sgbk::Block block) {
-  constexpr sgbk::Block kTops = sgbk::inEveryUnit(0x8000);
+// The top bits of the GB-mode pairs that are escapes.
+sgbk::Block stopsInPairs(sgbk::Block block) {
   const sgbk::Block fromTilde = (block & sgbk::inEveryUnit(0xFF)) ^ sgbk::inEveryUnit('~');
-  return ((fromTilde + sgbk::inEveryUnit(0x7FFF)) & kTops) == kTops;
+  return ~(fromTilde + sgbk::inEveryUnit(0x7FFF)) & sgbk::inEveryUnit(0x8000);
 }
 
 template <class Lookup>
@@ -75,11 +73,11 @@ int convertHz(const char* src, int srclen, char* dest, int destlen, const gchar_
   while (std::ptrdiff_t steps = std::min((end - in) / 2, out.room())) {
     while (steps >= sgbk::kBlockBytes) {
       const sgbk::Block block = sgbk::loadBlock(in);
-      if (hz_ascii_mode && isPlainAscii(block)) {
+      if (hz_ascii_mode && stopsInAscii(block) == 0) {
         sgbk::unrolled<8>([&](int i) { out.write(table[in[i]]); });
         in += sgbk::kBlockBytes;
         steps -= 8;
-      } else if (!hz_ascii_mode && isPlainPairs(block)) {
+      } else if (!hz_ascii_mode && stopsInPairs(block) == 0) {
         sgbk::unrolled<4>([&](int i) { out.write(lookup(gbModePair(in + 2 * i))); });
         in += sgbk::kBlockBytes;
         steps -= 4;
@@ -110,6 +108,20 @@ int EncodingConvertor::hzgb2gbk(const char* src, int srclen, char* dest, int des
   char* const outEnd = dest + destlen;
   bool hz_ascii_mode = true;
   while (in != end && out != outEnd) {
+    if (std::min(end - in, outEnd - out) >= 2 * sgbk::kBlockBytes) {
+      const sgbk::Block block = sgbk::loadBlock(in);
+      const sgbk::Block stops = hz_ascii_mode ? stopsInAscii(block) : stopsInPairs(block);
+      const sgbk::Block gbk = block | sgbk::inEveryByte(hz_ascii_mode ? 0 : 0x80);
+      // Up to a stop without a jump; what is behind it in the output is written again as it was.
+      const int count =
+          stops == 0 ? sgbk::kBlockBytes : __builtin_ctzll(stops) / 8 & (hz_ascii_mode ? ~0 : ~1);
+      const sgbk::Block behind = sgbk::loadBlock(sgbk::bytesOf(out) + count);
+      std::memcpy(out, &gbk, sizeof gbk);
+      std::memcpy(out + count, &behind, sizeof behind);
+      in += count;
+      out += count;
+      if (stops == 0) continue;
+    }
     const Byte b = in[0];
     if (hz_ascii_mode && b != '~') {
       *out++ = static_cast<char>(b);
