@@ -177,7 +177,7 @@ void addTitles(Kind kind, const Text& gbk) {
     };
   };
   using Peer = std::function<std::size_t(Bytes, Out)>;
-  Group("t2sgchar, 40 bytes", kind, gbk)
+  Group("t2sgchar 40 bytes", kind, gbk)
       .sgbk(each(array(&EncodingConvertor::t2sgchar, false)))
       .peer(
           "iconv GBK to UTF-16LE",
@@ -279,7 +279,7 @@ void addConversions(Kind kind, std::size_t limit) {
       })
       .iconv("GBK", "UTF-16LE", gbk);
   // What a caller does with the text of a page.
-  Group("t2sgchar, trimgPunc", kind, gbk)
+  Group("t2sgchar then trimgPunc", kind, gbk)
       .sgbk([between = std::make_shared<Units>(array.size())](Bytes in, Out out) {
         const int units = converter().t2sgchar(in.c_str(), between->data(),
                                                static_cast<int>(between->size()), true);
