@@ -19,7 +19,7 @@ import sgbk
 
 SOURCES = {"big5": "big5hkscs", "gbk": "gb18030", "utf-8": "utf-8", "ucs-2le": "utf-16-le",
            "hz": "hz"}
-PIECE = sgbk._PIECE
+PIECE = sgbk._library.PIECE
 
 
 def damaged(size, seed=1):
@@ -154,7 +154,7 @@ def test_options():
     assert sgbk.convert("x😀".encode(), "utf-8", "gbk") == b"x"
     assert sgbk.convert("x😀".encode(), "utf-8", "gbk", losses=True).losses == [
         (1, 1, "😀".encode(), "not in the target", ord("😀"))]
-    for option in sgbk._OPTIONS:
+    for option in sgbk._library.OPTIONS:
         assert f"\n    {option}=" in sgbk.__doc__
 
 
