@@ -16,6 +16,15 @@ namespace sgbk::text {
 // single byte is ASCII in all of them.
 enum class Codes : std::uint8_t { big5, gbk, unicode };
 
+constexpr Codes codesOf(Source source) {
+  switch (source) {
+    case Source::big5: return Codes::big5;
+    case Source::gbk:
+    case Source::hz: return Codes::gbk;
+    default: return Codes::unicode;
+  }
+}
+
 // middle  written is not the target yet, but GBK text in which what GBK lacks has four bytes
 enum class Form : std::uint8_t { target, middle };
 

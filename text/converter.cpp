@@ -22,15 +22,6 @@ LineFeeds lineFeedsOf(Source source) {
                                     : LineFeeds::inBytes;
 }
 
-Codes codesOf(Source source) {
-  switch (source) {
-    case Source::big5: return Codes::big5;
-    case Source::gbk:
-    case Source::hz: return Codes::gbk;
-    default: return Codes::unicode;
-  }
-}
-
 std::string_view viewOf(const Byte* begin, const Byte* end) {
   return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
 }

@@ -1,10 +1,9 @@
 #include "detect.h"
 
 #include <algorithm>
-#include <array>
+#include <cstdlib>
 
 #include "declaration.h"
-#include "library_tables.h"
 
 namespace sgbk::text {
 namespace {
@@ -13,12 +12,22 @@ using namespace std::string_view_literals;
 
 // Fewer bytes of ASCII in front of something else may be the bytes of ideographs in UTF-16.
 constexpr std::size_t kSurelyAscii = 16;
-// A few characters of another encoding may happen to be valid UTF-8: weighed by their bytes.
-constexpr std::uint64_t kEnoughUtf8 = 8;
-// Losses in the runner-up for each one in the best.
-constexpr std::uint64_t kClearRatio = 20;
-// Trail bytes without one below A1, after which text is not Big5.
-constexpr std::uint64_t kEnoughPairs = 24;
+constexpr std::size_t kSurelyLine = 6;  // with its line feed
+
+// Two bytes of UTF-8 are often a pair of GBK in use, but for the accents of Western Europe; three
+// or four bytes hardly ever.
+constexpr unsigned kSequenceWeight = 6;
+constexpr unsigned kLooseSequenceWeight = 1;
+// Among so many sequences one may be damaged.
+constexpr std::uint64_t kSequencesToBad = 20;
+
+// A loss among the characters that few texts have.
+constexpr std::uint64_t kLossWeight = 3;
+// Of so many characters one may be strange, and so much stranger the next best reading has to be.
+constexpr std::uint64_t kClearRatio = 4;
+constexpr std::uint64_t kClearDistance = 4;
+// In Big5 nearly half of the trail bytes in any text are below A1, and in GB 2312 none.
+constexpr std::uint64_t kPairsToLowTrail = 4;
 
 constexpr std::pair<std::string_view, Source> kMarks[] = {
     {"\xEF\xBB\xBF", Source::utf8},
@@ -28,132 +37,109 @@ constexpr std::pair<std::string_view, Source> kMarks[] = {
 };
 constexpr std::string_view kUtf32Marks[] = {"\xFF\xFE\0\0"sv, "\0\0\xFE\xFF"sv};
 
-bool isAsciiText(std::string_view text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return isAscii(static_cast<Byte>(c)); });
+// Of simplified GBK: punctuation, full-width ASCII, and the ideographs that GB 2312 has first, more
+// than 99 % of most texts.
+constexpr bool isCommon(Byte lead, Byte trail) {
+  if (lead == 0xA1) return (trail >= 0xA1 && trail <= 0xA4) || (trail >= 0xAA && trail <= 0xBF);
+  if (lead == 0xA8) return trail >= 0x43 && trail <= 0x45;
+  return trail >= 0xA1 && (lead == 0xA3 || (lead >= 0xB0 && lead <= 0xD7));
 }
 
-// Whether a line opens what it closes, with pairs of GB 2312 alone in between.
-bool isHzLine(std::string_view line) {
-  bool isGbMode = false;
-  bool hasPairs = false;
-  for (std::size_t at = 0; at < line.size();) {
-    const std::string_view rest = line.substr(at);
-    if (isGbMode && rest.starts_with("~}")) {
-      isGbMode = false;
-    } else if (isGbMode) {
-      if (rest.size() < 2) return false;
-      const gchar_t unit = static_cast<gchar_t>(loadUnit(bytesOf(rest.data())) | 0x8080);
-      const bool isPair = rest[0] >= '!' && rest[0] <= 'w' && rest[1] >= '!' && rest[1] <= '~';
-      if (!isPair || libraryTables().fromGbk[unit] == 0) return false;
-      hasPairs = true;
-    } else if (rest[0] != '~') {
-      ++at;
-      continue;
-    } else if (rest.starts_with("~{")) {
-      isGbMode = true;
-    } else if (!rest.starts_with("~~") && rest.size() != 1) {
-      return false;
-    }
-    at += 2;
-  }
-  return !isGbMode && hasPairs;
-}
-
-// Units as Chinese text has them: ASCII, its punctuation, common ideographs.
-bool isLikelyUnit(unsigned unit) {
-  return (unit >= 0x20 && unit < 0x7F) || unit == '\n' || unit == '\r' || unit == '\t' ||
-         (unit >= 0x2010 && unit <= 0x2026) || (unit >= 0x3000 && unit <= 0x3129) ||
-         (unit >= 0x4E00 && unit <= 0x9FFF) || (unit >= 0xFF00 && unit <= 0xFF5E);
-}
-
-// UTF-16 without a mark shows by the zero bytes of its ASCII.
-std::optional<Source> unmarkedUnits(std::string_view text) {
-  std::size_t zeros = 0;
-  std::size_t likely[2] = {};
-  const std::size_t units = text.size() / 2;
-  for (std::size_t i = 0; i < units; ++i) {
-    const auto first = static_cast<Byte>(text[2 * i]);
-    const auto second = static_cast<Byte>(text[2 * i + 1]);
-    zeros += (first == 0) + (second == 0);
-    likely[0] += isLikelyUnit(static_cast<unsigned>(first | second << 8));
-    likely[1] += isLikelyUnit(static_cast<unsigned>(first << 8 | second));
-  }
-  if (zeros == 0) return std::nullopt;
-  for (const int order : {0, 1}) {
-    if (likely[order] * 20 >= units * 19 && likely[1 - order] * 2 <= units) {
-      return order == 0 ? Source::ucs2le : Source::ucs2be;
-    }
-  }
-  return std::nullopt;
+constexpr bool isUnits(Source source) {
+  return source == Source::ucs2le || source == Source::ucs2be;
 }
 
 }  // namespace
-
-Detector::Trial::Trial(Source triedSource, Codes codes)
-    : source(triedSource), out(std::make_unique<Buffer>()), account(std::make_unique<Account>()) {
-  static const std::optional<Buffer> kNoReplacement;
-  decoder = makeDecoder(source, {*account, false, kNoReplacement});
-  TableKey key;
-  key.codes = codes;
-  key.target = Target::utf8;
-  decoder->setOutput(codeTable(key), *out);
-}
-
-void Detector::Trial::add(std::string_view lines, bool areWhole) {
-  const Byte* const begin = bytesOf(lines.data());
-  account->beginPiece(begin);
-  decoder->decode(begin, begin + lines.size(), areWhole);
-  account->endPiece(begin + lines.size());
-  out->clear();
-}
-
-Detector::Detector()
-    : big5_(Source::big5, Codes::big5),
-      gbk_(Source::gbk, Codes::gbk),
-      utf8_(Source::utf8, Codes::unicode) {}
 
 Source ucs2Order(std::string_view start) {
   return start.starts_with("\xFE\xFF") ? Source::ucs2be : Source::ucs2le;
 }
 
+Detector::Reading::Reading(Source readAs)
+    : source(readAs), account(std::make_unique<Account>()), out(std::make_unique<Buffer>()) {
+  static const std::optional<Buffer> kNoReplacement;
+  decoder = makeDecoder(source, {*account, false, kNoReplacement});
+  TableKey key;
+  key.codes = codesOf(source);
+  decoder->setOutput(codeTable(key), *out);
+}
+
+void Detector::Reading::take(std::string_view held, bool ended) {
+  const Byte* const begin = bytesOf(held.data()) + taken;
+  account->beginPiece(begin);
+  const Byte* const end = decoder->decode(begin, bytesOf(held.data()) + held.size(), ended);
+  account->endPiece(end);
+  taken += static_cast<std::size_t>(end - begin);
+  for (const Byte* p = begin; source == Source::big5 && end - p > 1; ++p) {
+    if (!isAscii(*p)) lowTrails += isAscii(*++p);
+  }
+  const std::string_view text = out->view();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto b = static_cast<Byte>(text[i]);
+    nuls += b == '\0';
+    if (isAscii(b)) continue;
+    ++beyond;
+    rare += !isCommon(b, static_cast<Byte>(text[++i]));
+  }
+  out->clear();
+}
+
+std::uint64_t Detector::Reading::strangeness() const {
+  const std::uint64_t wanted = source == Source::big5 ? beyond / kPairsToLowTrail : 0;
+  return rare + kLossWeight * (account->lost() + nuls) + wanted - std::min(wanted, lowTrails);
+}
+
+std::uint64_t Detector::Reading::bad() const {
+  const auto& reasons = account->counts().reasons;
+  return reasons[SGBK_MALFORMED] + reasons[SGBK_UNDEFINED];
+}
+
+Detector::Detector() {
+  for (const Source source :
+       {Source::utf8, Source::gbk, Source::big5, Source::ucs2le, Source::ucs2be}) {
+    readings_.emplace_back(source);
+  }
+}
+
+// Whether a line closes what it opens, with characters in between of which half are common.
+bool Detector::isHz(std::string_view line) {
+  // A last "~" joins lines, and DEL is a character in ASCII mode alone.
+  const std::string text = std::string(line.substr(0, line.find_last_not_of("~\r\n") + 1)) + '\x7F';
+  Reading reading(Source::hz);
+  reading.take(text, true);
+  return reading.account->lost() == 0 && reading.beyond != 0 && 2 * reading.rare <= reading.beyond;
+}
+
 // How much is ASCII, up to what may begin something else.
 std::size_t Detector::asciiPrefix(std::string_view held, bool ended) const {
   std::size_t size = 0;
-  while (size != held.size() && isAscii(static_cast<Byte>(held[size])) && held[size] != '\0' &&
-         !held.substr(size).starts_with("~{")) {
-    ++size;
+  while (size < held.size() && held[size] > '\0') {
+    const std::string_view rest = held.substr(size, 2);
+    if (rest == "~{" || (rest == "~" && !ended)) break;
+    size += rest == "~~" ? 2 : 1;
   }
-  const bool mayGoOn = size == held.size() && !ended && held.ends_with('~');
-  return size - mayGoOn;
+  const bool hasLine = size >= kSurelyLine && held.substr(0, size).rfind('\n') + 1 >= kSurelyLine;
+  const bool isSure =
+      released_ != 0 || size >= kSurelyAscii || hasLine || (ended && size == held.size());
+  return isSure ? size : 0;
 }
 
-bool Detector::mayRelease(std::string_view held, std::size_t prefix, bool ended) const {
-  if (released_ != 0 || prefix >= kSurelyAscii) return true;
-  if (ended && prefix == held.size()) return true;
-  const std::size_t lineFeed = held.substr(0, prefix).rfind('\n');
-  return lineFeed != std::string_view::npos && lineFeed >= 2;
+void Detector::release(Verdict& verdict, std::string_view ascii) {
+  head_.append(ascii.substr(0, kDeclarationBytes - head_.size()));
+  released_ += ascii.size();
+  verdict.ascii += ascii.size();
+  std::erase_if(readings_, [](const Reading& reading) { return isUnits(reading.source); });
 }
 
-void Detector::keepHead(std::string_view ascii) {
-  if (head_.size() < kDeclarationBytes)
-    head_.append(ascii.substr(0, kDeclarationBytes - head_.size()));
-}
-
-void Detector::add(std::string_view lines, bool areWhole) {
-  for (Trial* trial : {&big5_, &gbk_, &utf8_}) trial->add(lines, areWhole);
-  for (std::size_t at = 0; at < lines.size(); ++at) {
-    const auto b = static_cast<Byte>(lines[at]);
+void Detector::add(std::string_view held, bool ended) {
+  for (const char c : held.substr(judged_)) {
+    const auto b = static_cast<Byte>(c);
     highBytes_ += !isAscii(b);
-    longSequences_ += b >= 0xE0;
-    shortSequences_ += b >= 0xC2 && b < 0xE0;
+    others_ += b > 0xC3;
+    if (b >= 0xC2) utf8Weight_ += b <= 0xC3 || b >= 0xE0 ? kSequenceWeight : kLooseSequenceWeight;
   }
-  for (std::size_t at = 0; at + 1 < lines.size(); ++at) {
-    if (isAscii(static_cast<Byte>(lines[at]))) continue;
-    ++at;
-    ++pairs_;
-    lowTrails_ += static_cast<Byte>(lines[at]) < 0xA1;
-  }
+  judged_ = held.size();
+  for (Reading& reading : readings_) reading.take(held, ended);
 }
 
 Detector::Verdict Detector::look(std::string_view held, bool ended) {
@@ -175,89 +161,84 @@ Detector::Verdict Detector::look(std::string_view held, bool ended) {
     const bool isFull = rest.size() == kMost;
     const bool isAll = ended && !isFull;
     if (judged_ == 0) {
-      const std::size_t prefix = asciiPrefix(rest, isAll);
-      if (prefix != 0 && mayRelease(rest, prefix, isAll)) {
-        keepHead(rest.substr(0, prefix));
-        released_ += prefix;
-        verdict.ascii += prefix;
+      if (const std::size_t prefix = asciiPrefix(rest, isAll); prefix != 0) {
+        release(verdict, rest.substr(0, prefix));
         continue;
       }
     }
-    // Line by line, so that the first one at which it can be told is the same for any cutting.
+    // Line by line, so that the first one at which it can be told is the same for any cutting. What
+    // follows the last line feed comes by itself, even if it is nothing.
     const std::size_t lineFeed = rest.find('\n', judged_);
-    const bool isLastLine = lineFeed == std::string_view::npos;
-    if (isLastLine && !ended && !isFull) return verdict;
-    const std::size_t end = isLastLine ? rest.size() : lineFeed + 1;
-    const std::string_view line = rest.substr(judged_, end - judged_);
-    if (judged_ == 0 && isAsciiText(line) && line.find('\0') == std::string_view::npos) {
-      const std::size_t body = line.find_first_of("\r\n");
-      if (isHzLine(line.substr(0, body))) {
-        verdict.source = Source::hz;
-        return verdict;
-      }
-      if (!isLastLine) {
-        keepHead(line);
-        released_ += line.size();
-        verdict.ascii += line.size();
+    const bool isLast = lineFeed == std::string_view::npos;
+    if (isLast && !isAll && !isFull) return verdict;
+    const std::size_t end = isLast ? rest.size() : lineFeed + 1;
+    const std::string_view line = rest.substr(0, end);
+    if (judged_ == 0 && std::ranges::all_of(line, [](char c) { return c > '\0'; })) {
+      if (isHz(line)) verdict.source = Source::hz;
+      // In UTF-16 a NUL may follow.
+      const bool isSure = released_ != 0 || end >= kSurelyAscii;
+      const bool isNextSeen = end != rest.size() || isAll;
+      if (verdict.source || (!isSure && !isNextSeen)) return verdict;
+      if (!isLast && (isSure || end == rest.size() || rest[end] != '\0')) {
+        release(verdict, line);
         continue;
       }
     }
-    add(line, !isLastLine || isAll);
-    judged_ = end;
-    const bool isEnd = end == rest.size() && (isAll || isFull);
-    // At a line feed, as if more could follow: often nobody can tell yet whether it does.
-    verdict.source = decide(rest.substr(0, end), isEnd && isLastLine);
-    if (!verdict.source && isEnd) verdict.source = decide(rest.substr(0, end), true);
-    if (verdict.source) return verdict;
-    if (isEnd) {
-      verdict.isRefused = true;
-      return verdict;
-    }
+    add(line, isLast && isAll);
+    verdict.source = decide(line, isLast);
+    verdict.isRefused = isLast && !verdict.source;
+    if (verdict.source || isLast) return verdict;
   }
+}
+
+// The most like Chinese text first.
+std::vector<const Detector::Reading*> Detector::ranked() const {
+  std::vector<const Reading*> result;
+  for (const Reading& reading : readings_) result.push_back(&reading);
+  std::ranges::stable_sort(result, {}, &Reading::strangeness);
+  return result;
+}
+
+// What the page says it is, unless it is damaged as that.
+const Detector::Reading* Detector::declared(std::string_view held) const {
+  const std::string head = head_ + std::string(held.substr(0, kDeclarationBytes - head_.size()));
+  const auto source = sourceNamed(declaredEncoding(head));
+  for (const Reading& reading : readings_) {
+    const std::uint64_t malformed = reading.account->counts().reasons[SGBK_MALFORMED];
+    if (source == reading.source && 100 * malformed < reading.beyond) return &reading;
+  }
+  return nullptr;
 }
 
 std::optional<Source> Detector::decide(std::string_view held, bool ended) const {
-  if (released_ == 0) {
-    if (const auto units = unmarkedUnits(held)) return units;
-  }
-  if (highBytes_ == 0) return ended ? std::optional(Source::utf8) : std::nullopt;
-  const bool isUtf8 = utf8_.lost() == 0;
-  if (isUtf8 && (ended || 3 * longSequences_ + 2 * shortSequences_ >= kEnoughUtf8))
-    return Source::utf8;
-  if (const auto declared = decideByDeclaration(held)) return declared;
-  return decideByCounts();
-}
-
-std::optional<Source> Detector::decideByDeclaration(std::string_view held) const {
-  const std::string head = head_ + std::string(held.substr(0, kDeclarationBytes - head_.size()));
-  const auto declared = sourceNamed(declaredEncoding(head));
-  for (const Trial* trial : {&big5_, &gbk_, &utf8_}) {
-    if (declared == trial->source && trial->malformed() * 100 * 2 < highBytes_) return declared;
-  }
-  return std::nullopt;
-}
-
-std::optional<Source> Detector::decideByCounts() const {
-  if (gbk_.lost() == 0 && pairs_ >= kEnoughPairs && lowTrails_ == 0) return Source::gbk;
-  std::array trials{&big5_, &gbk_, &utf8_};
-  std::sort(trials.begin(), trials.end(),
-            [](const Trial* a, const Trial* b) { return a->lost() < b->lost(); });
-  const std::uint64_t least = std::max<std::uint64_t>(trials[0]->lost(), 1);
-  return trials[1]->lost() >= kClearRatio * least ? std::optional(trials[0]->source) : std::nullopt;
+  const Reading& utf8 = readings_[0];
+  const Reading& gbk = readings_[1];
+  const bool isUtf8 = utf8Weight_ >= (ended ? 1 : 2) * kSequenceWeight &&
+                      utf8Weight_ >= kSequenceWeight * kSequencesToBad * (utf8.bad() + utf8.nuls);
+  const bool isNoGbk = others_ == 0 || utf8.strangeness() == 0 || gbk.strangeness() != 0;
+  if (isUtf8 && isNoGbk) return Source::utf8;
+  const auto readings = ranked();
+  const Reading& best = *readings[0];
+  const std::uint64_t strange = best.strangeness();
+  const Reading* const declared = this->declared(held);
+  if (declared != nullptr && declared->strangeness() == strange) return declared->source;
+  const std::uint64_t size = isUnits(best.source) ? best.account->counts().characters : best.beyond;
+  const bool isClear = readings[1]->strangeness() >= kClearRatio * strange + kClearDistance;
+  if (isClear && !isUtf8 && kClearRatio * strange <= size) return best.source;
+  if (ended && declared != nullptr) return declared->source;
+  return ended && highBytes_ == 0 ? std::optional(Source::utf8) : std::nullopt;
 }
 
 std::string Detector::advice() const {
   if (isUtf32_) return "this is UTF-32 by its byte-order mark, which is not read here";
-  std::array trials{&big5_, &gbk_, &utf8_};
-  std::stable_sort(trials.begin(), trials.end(),
-                   [](const Trial* a, const Trial* b) { return a->lost() < b->lost(); });
-  std::string sentence = "cannot tell the encoding; it is to be named";
-  const char* separator = ": as ";
-  for (const Trial* trial : trials) {
-    sentence.append(separator).append(nameOf(trial->source)).append(" ");
-    sentence += std::to_string(trial->lost()) + " of " +
-                std::to_string(trial->account->counts().characters) + " characters would be lost";
-    separator = ", as ";
+  std::string sentence = "cannot tell the encoding, so it has to be named; most likely it is ";
+  const char* separator = "";
+  for (const Reading* reading : ranked()) {
+    sentence.append(separator).append(nameOf(reading->source)).append(" (");
+    sentence += std::to_string(reading->bad()) + " of " +
+                std::to_string(reading->account->counts().characters) +
+                " characters would be lost, " + std::to_string(reading->rare) + " are rare)";
+    separator = ", then ";
   }
   return sentence;
 }

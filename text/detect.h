@@ -3,10 +3,10 @@
 #ifndef SGBK_TEXT_DETECT_H
 #define SGBK_TEXT_DETECT_H
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "decoder.h"
 
@@ -33,38 +33,41 @@ class Detector {
   std::string advice() const;
 
  private:
-  // The text so far as it would be in one encoding.
-  struct Trial {
-    explicit Trial(Source source, Codes codes);
-    // areWhole  no character is cut off at the end
-    void add(std::string_view lines, bool areWhole);
-    std::uint64_t lost() const { return account->lost(); }
-    std::uint64_t malformed() const { return account->counts().reasons[SGBK_MALFORMED]; }
+  // The text as it would be in one encoding.
+  struct Reading {
+    explicit Reading(Source readAs);
+    // Reads on to the end of `held`.
+    void take(std::string_view held, bool ended);
+    // How little it is like Chinese text.
+    std::uint64_t strangeness() const;
+    std::uint64_t bad() const;  // malformed, or of the right shape without a character
 
     Source source;
-    std::unique_ptr<Buffer> out;
     std::unique_ptr<Account> account;
+    std::unique_ptr<Buffer> out;
     std::unique_ptr<Decoder> decoder;
+    std::size_t taken = 0;     // bytes of the input
+    std::uint64_t beyond = 0;  // characters beyond ASCII
+    std::uint64_t rare = 0;    // those of them that few texts have
+    std::uint64_t nuls = 0;
+    std::uint64_t lowTrails = 0;  // trail bytes of ASCII
   };
 
+  static bool isHz(std::string_view line);
   std::size_t asciiPrefix(std::string_view held, bool ended) const;
-  bool mayRelease(std::string_view held, std::size_t prefix, bool ended) const;
-  void keepHead(std::string_view ascii);
-  void add(std::string_view lines, bool areWhole);
+  void release(Verdict& verdict, std::string_view ascii);
+  void add(std::string_view held, bool ended);
+  std::vector<const Reading*> ranked() const;
   std::optional<Source> decide(std::string_view held, bool ended) const;
-  std::optional<Source> decideByCounts() const;
-  std::optional<Source> decideByDeclaration(std::string_view held) const;
-  std::uint64_t beyondAscii() const { return highBytes_; }
+  const Reading* declared(std::string_view held) const;
 
-  std::string head_;             // the first bytes of the input, for declarations
-  std::size_t released_ = 0;     // bytes that were ASCII
-  std::size_t judged_ = 0;       // bytes of `held` that the trials have seen
-  std::uint64_t highBytes_ = 0;  // of 80 and more
-  std::uint64_t pairs_ = 0;      // in GBK
-  std::uint64_t lowTrails_ = 0;  // of these, those that GB 2312 does not have
-  std::uint64_t longSequences_ = 0;
-  std::uint64_t shortSequences_ = 0;
-  Trial big5_, gbk_, utf8_;
+  std::string head_;               // the first bytes of the input, for declarations
+  std::size_t released_ = 0;       // bytes that were ASCII
+  std::size_t judged_ = 0;         // bytes of `held` that have been read
+  std::uint64_t highBytes_ = 0;    // of 80 and more
+  std::uint64_t others_ = 0;       // of these, from C4 on: no accents of Western Europe in UTF-8
+  std::uint64_t utf8Weight_ = 0;   // how much speaks for UTF-8
+  std::vector<Reading> readings_;  // as UTF-8 and GBK first
   bool isUtf32_ = false;
 };
 
