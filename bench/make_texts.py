@@ -62,16 +62,21 @@ def prose(root, script):
     return clauses
 
 
-def main(folder):
-    folder = pathlib.Path(folder)
-    folder.mkdir(parents=True, exist_ok=True)
+def unpack(root):
     with tempfile.TemporaryDirectory() as work:
         # The folder is closed to the user that apt would download as.
         subprocess.run(["apt-get", "-qq", "-o", "APT::Sandbox::User=root", "download", *PACKAGES],
                        cwd=work, check=True)
-        root = pathlib.Path(work, "root")
         for package in pathlib.Path(work).glob("*.deb"):
             subprocess.run(["dpkg-deb", "-x", package, root], check=True)
+
+
+def main(folder):
+    folder = pathlib.Path(folder)
+    folder.mkdir(parents=True, exist_ok=True)
+    with tempfile.TemporaryDirectory() as work:
+        root = pathlib.Path(work)
+        unpack(root)
         for script in ("zh-tw", "zh-cn"):
             for kind, parts in ("prose", prose(root, script)), ("pages", pages(root, script)):
                 (folder / f"{kind}.{script}").write_text("".join(parts), "utf-8")
