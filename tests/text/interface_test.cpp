@@ -40,33 +40,31 @@ void operator delete(void* p, std::size_t) noexcept { operator delete(p); }
 namespace sgbk_test {
 namespace {
 
-using namespace std::string_literals;
-
-const std::string kText = "&copy; \xE4\xB8\xAD\xE6\x96\x87\xE5\xAD\x97\n" + std::string(2000, 'x') + "\xF0\x9F\x98\x80\n";
-const char* const kOptions[] = {"entities", "trim-punct", "declare", "losses"};
+const std::string kText = "&copy; \xE4\xB8\xAD\xE6\x96\x87\xE5\xAD\x97\n" +
+                          std::string(2000, 'x') + "\xF0\x9F\x98\x80\n";
+const char* const kOptions[][2] = {{"entities", nullptr}, {"trim-punct", nullptr}, {"declare", nullptr},
+                                   {"losses", nullptr},   {"replace", "a longer one: \xE3\x80\x93"}};
 
 // From opening to closing; whether there was memory for all of it.
-bool convertWithFailures(const char* from, long allocations, std::size_t& written) {
+bool convertWithFailures(const char* from, long allocations) {
   allocationsLeft = allocations;
-  sgbk_converter* const c = sgbk_open(from, "gbk");
+  const Handle c(sgbk_open(from, "gbk"));
   bool isDone = c != nullptr;
-  for (const char* const option : kOptions) {
-    isDone = isDone && sgbk_set(c, option, nullptr) == SGBK_OK;
-  }
-  isDone = isDone && sgbk_set(c, "replace", "\xE3\x80\x93\xE3\x80\x93\xE3\x80\x93\xE3\x80\x93\xE3\x80\x93\xE3\x80\x93") == SGBK_OK;
+  for (const auto& [option, value] : kOptions) isDone = isDone && sgbk_set(c.get(), option, value) == SGBK_OK;
   const char* out;
+  std::size_t size;
+  const auto all = [&] { return sgbk_convert(c.get(), kText.data(), kText.size(), 1, &out, &size); };
   if (isDone) {
-    const sgbk_result result = sgbk_convert(c, kText.data(), kText.size(), 1, &out, &written);
+    const sgbk_result result = all();
     isDone = result == SGBK_OK;
-    EXPECT_TRUE(isDone || (result == SGBK_NO_MEMORY && *sgbk_error(c) != '\0')) << result;
+    EXPECT_TRUE(isDone || (result == SGBK_NO_MEMORY && *sgbk_error(c.get()) != '\0')) << result;
   }
   allocationsLeft = -1;
   // With memory again, the same converter is as good as new.
   if (c != nullptr && !isDone) {
-    sgbk_reset(c);
-    EXPECT_EQ(sgbk_convert(c, kText.data(), kText.size(), 1, &out, &written), SGBK_OK);
+    sgbk_reset(c.get());
+    EXPECT_EQ(all(), SGBK_OK);
   }
-  sgbk_close(c);
   return isDone;
 }
 
@@ -75,14 +73,12 @@ TEST(Interface, TellsWhereMemoryEnds) {
   for (const bool isCold : {true, false}) {
     for (const char* const from : {"utf-8", "auto", "ucs-2"}) {
       const long before = alive;
-      std::size_t written = 0;
       long allocations = 1;
-      while (!convertWithFailures(from, allocations, written)) ASSERT_LT(++allocations, 10000);
+      while (!convertWithFailures(from, allocations)) ASSERT_LT(++allocations, 10000);
       EXPECT_GT(allocations, 10);
       EXPECT_TRUE(isCold || alive == before) << alive - before;
     }
   }
-  EXPECT_EQ(sgbk_open("big5", "nothing"), nullptr);
 }
 
 TEST(Interface, NeedsNoMoreMemoryForMoreText) {
@@ -91,16 +87,11 @@ TEST(Interface, NeedsNoMoreMemoryForMoreText) {
     const std::string piece = "<p>\xE3\x80\x82 \xE3\x80\x82&&&" + std::string(1000, '.') + (setup[0] == 'u' ? "" : "\n");
     const char* out;
     std::size_t size;
-    long early = 0, mallocs = 0;
     for (int i = 0; i < 3000; ++i) {
-      allocationsLeft = 1 << 20;
-      ASSERT_EQ(sgbk_convert(c.get(), piece.data(), piece.size(), 0, &out, &size), SGBK_OK);
-      if (i == 100) early = alive;
-      if (i > 100) mallocs += (1 << 20) - allocationsLeft;
+      if (i == 100) allocationsLeft = 1;
+      EXPECT_EQ(sgbk_convert(c.get(), piece.data(), piece.size(), 0, &out, &size), SGBK_OK);
     }
     allocationsLeft = -1;
-    EXPECT_EQ(alive, early) << setup;
-    EXPECT_EQ(mallocs, 0) << setup;
   }
 }
 
@@ -135,39 +126,33 @@ TEST(Interface, WorksInTheChildOfAFork) {
   std::jthread other([&] {
     while (!isDone) textOf("utf-8 big5 traditional", "\xE4\xBA\x91");
   });
-  for (int i = 0; i < 100; ++i) {
-    const pid_t child = fork();
-    if (child == 0) {
-      alarm(20);
-      char out[4] = {};
-      const Handle c(sgbk_open("utf-8", i % 2 == 0 ? "gbk" : "utf-16le"));
-      const char* text;
-      std::size_t size;
-      _exit(c && sgbk_convert(c.get(), "a", 1, 1, &text, &size) == SGBK_OK && *text == 'a' && out[0] == 0 ? 0 : 1);
+  for (const std::string to : {"gbk", "utf-16le"}) {
+    for (int i = 0; i < 50; ++i) {
+      const pid_t child = fork();
+      if (child == 0) {
+        alarm(20);
+        _exit(textOf("utf-8 " + to, "a")[0] == 'a' ? 0 : 1);
+      }
+      int status;
+      ASSERT_EQ(waitpid(child, &status, 0), child);
+      EXPECT_EQ(status, 0);
     }
-    int status;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
   }
   isDone = true;
 }
 
 TEST(Interface, BeginsAnewAfterAReset) {
   std::mt19937 random(4);
-  for (const std::string& from : sourceNames()) {
-    for (int i = 0; i < 40; ++i) {
-      const std::string setup = setupOf(from, targetNames()[random() % 6], random() & random()) + " losses";
-      const Handle c = open(setup);
-      for (int k = 0; k < 3; ++k) {
-        const std::string text = randomText(from, 20, random);
-        const char* out;
-        std::size_t size;
-        sgbk_convert(c.get(), text.data(), text.size() / 2, static_cast<int>(random() % 2), &out, &size);
-        sgbk_reset(c.get());
-        ASSERT_EQ(described(convert(c.get(), text, {5})), described(convert(setup, text))) << setup;
-        sgbk_reset(c.get());
-      }
-    }
+  for (int i = 0; i < 800; ++i) {
+    const std::string from = sourceNames()[random() % sourceNames().size()];
+    const std::string setup = setupOf(from, targetNames()[random() % 6], random() & random()) + " losses";
+    const Handle c = open(setup);
+    const std::string text = randomText(from, 20, random);
+    const char* out;
+    std::size_t size;
+    sgbk_convert(c.get(), text.data(), text.size() / 2, static_cast<int>(random() % 2), &out, &size);
+    sgbk_reset(c.get());
+    ASSERT_EQ(described(convert(c.get(), text, {5})), described(convert(setup, text))) << setup;
   }
 }
 
@@ -178,14 +163,12 @@ TEST(Interface, SaysWhatIsWrong) {
       {"big5 gbk", "tidy", nullptr, "unknown option 'tidy'"},
       {"big5 gbk", "entities", "yes", "entities takes no value: 'yes'"},
       {"big5 gbk", "truncate", nullptr, "truncate needs a value"},
-      {"big5 gbk", "truncate", "0", "truncate: not a number from 1 to 1000000: '0'"},
       {"big5 gbk", "truncate", "8x", "truncate: not a number from 1 to 1000000: '8x'"},
       {"big5 gbk", "no-simplify", "1", "no-simplify works from gbk and hz only: the other tables simplify by themselves"},
       {"gbk gbk-wide", "html", nullptr, "gbk-wide has no half-width characters, so no half-width, html or declare"},
       {"gbk gbk", "traditional", nullptr, "traditional works to big5 only"},
       {"gbk gbk", "replace", "\xF0\x9F\x98\x80", "replace: not a line of UTF-8 that gbk can hold: '\xF0\x9F\x98\x80'"},
       {"gbk gbk", "replace", "a\n", "replace: not a line of UTF-8 that gbk can hold: 'a\n'"},
-      {"gbk gbk", "replace", "\xFF", "replace: not a line of UTF-8 that gbk can hold: '\xFF'"},
   };
   const char* out;
   std::size_t size;
@@ -203,8 +186,7 @@ TEST(Interface, SaysWhatIsWrong) {
   EXPECT_EQ(sgbk_convert(c.get(), "x", 1, 1, &out, &size), SGBK_USAGE);
   EXPECT_EQ(size, 0u);
   for (const char* const name : {"", "//IGNORE", "utf-7", "-"}) {
-    EXPECT_EQ(sgbk_source_name(name), nullptr) << name;
-    EXPECT_EQ(sgbk_target_name(name), nullptr) << name;
+    EXPECT_TRUE(sgbk_source_name(name) == nullptr && sgbk_target_name(name) == nullptr) << name;
   }
   EXPECT_STREQ(sgbk_source_name("Big-5//TRANSLIT"), "big5");
   EXPECT_STREQ(sgbk_target_name("UTF8"), "utf-8");
