@@ -75,10 +75,12 @@ TEST(Auto, TellingCases) {
       {"\x84\x31\x95\x33\xFF", "gbk"},
       {"2\0.\0 \0<\0b\0>\0\n\0"s, "ucs-2le"},
       {"\0002\0.\0 \0<\0b\0>\0\n"s, "ucs-2be"},
+      {"\n\0<\0b\0>\0h\0i\0\n\0"s, "ucs-2le"},
       {"a ~{VPND~}\n", "hz"},
       {"~{VPND~}~\n", "hz"},
       {"a ~{VP~ ~}\n", "utf-8"},
       {"cd ~{root,user}\n", "utf-8"},
+      {"Fig.~{abcd~}\n", "utf-8"},
       {"Fig.~{\\bf a}~{ab~}\n", "utf-8"},
       {"sed s~{~}~ ~/.x ~~{VPND~}\n", "utf-8"},
       {"ls ~user/~~ ~} ~{home~}\n", "utf-8"},
@@ -98,9 +100,11 @@ TEST(Auto, TellingCases) {
       // Two bytes of UTF-8 that are GBK: 同 and 頁碼, but the accents of résumé.
       {times(12, "\xCD\xAC"), nullptr},
       {"\xED\x93\xB4\x61", nullptr},
+      {times(6, "\xC3\xA9 ") + "\xC5\x93\n", nullptr},
       {"r\xC3\xA9sum\xC3\xA9\n", "utf-8"},
       // Damaged UTF-8.
       {times(20, "\xE4\xB8\xAD") + "\x80", "utf-8"},
+      {times(20, "\xC3\xA9 ") + "\x80\n", "utf-8"},
       // Trail bytes that are all of GB 2312: not in Big5.
       {times(16, "\xB0\xA1"), "gbk"},
       {times(15, "\xB0\xA1"), nullptr},
