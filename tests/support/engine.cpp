@@ -9,6 +9,7 @@
 
 #include "support/guarded_buffer.h"
 #include "support/hex.h"
+#include "support/operations.h"
 
 namespace sgbk_test {
 namespace {
@@ -131,6 +132,16 @@ std::string widened(const std::string& gbk) {
     }
   }
   return wide;
+}
+
+std::string byLibrary(const std::string& operation, const std::string& text, int capacity) {
+  EncodingConvertor::initializeInstance(nullptr);
+  const Operation& wanted = operationNamed(operation);
+  if (capacity == 0) capacity = wanted.enough(text.size());
+  std::string result(2 * static_cast<std::size_t>(capacity) + 2, '\0');
+  std::string source = text + std::string(2, '\0');
+  const long size = wanted.call(source.data(), static_cast<int>(text.size()), result.data(), capacity);
+  return result.substr(0, static_cast<std::size_t>(size * wanted.elementSize()));
 }
 
 Converted convert(sgbk_converter* c, std::string_view text, const Pieces& pieces) {

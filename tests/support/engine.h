@@ -43,6 +43,9 @@ std::string textOf(const std::string& setup, std::string_view text);
 // GBK text with each ASCII byte as the library widens it.
 std::string widened(const std::string& gbk);
 
+// What the library's operation of this name writes; a capacity of 0 stands for enough.
+std::string byLibrary(const std::string& operation, const std::string& text, int capacity = 0);
+
 // The first names.
 std::vector<std::string> sourceNames();
 std::vector<std::string> targetNames();

@@ -7,7 +7,6 @@
 
 #include "support/engine.h"
 #include "support/hex.h"
-#include "support/operations.h"
 
 namespace sgbk_test {
 namespace {
@@ -80,16 +79,6 @@ TEST(References, TellingCases) {
     EXPECT_EQ(textOf("gbk gbk entities", row.text), row.plain != nullptr ? row.plain : row.text);
     EXPECT_EQ(textOf("gbk gbk entities html", row.text), row.html != nullptr ? row.html : row.text);
   }
-}
-
-std::string byLibrary(const std::string& operation, const std::string& text, int capacity = 0) {
-  EncodingConvertor::initializeInstance(nullptr);
-  const Operation& wanted = operationNamed(operation);
-  if (capacity == 0) capacity = wanted.enough(text.size());
-  std::string result(2 * static_cast<std::size_t>(capacity) + 2, '\0');
-  std::string source = text + std::string(2, '\0');
-  const long size = wanted.call(source.data(), static_cast<int>(text.size()), result.data(), capacity);
-  return result.substr(0, static_cast<std::size_t>(size * wanted.elementSize()));
 }
 
 using Words = std::vector<std::string>;
