@@ -3,9 +3,8 @@
 #include <sgbk/EncodingConvertor.h>
 
 #include <algorithm>
-#include <cstring>
+#include <cstdio>
 #include <iterator>
-#include <sstream>
 
 #include "support/guarded_buffer.h"
 #include "support/hex.h"
@@ -68,13 +67,6 @@ Words wordsOf(const std::string& source) {
   return words;
 }
 
-bool areSame(const Converted& a, const Converted& b) {
-  return a.result == b.result && a.text == b.text && a.source == b.source && a.error == b.error &&
-         std::memcmp(&a.counts, &b.counts, sizeof a.counts) == 0 &&
-         std::equal(a.losses.begin(), a.losses.end(), b.losses.begin(), b.losses.end(),
-                    [](const auto& x, const auto& y) { return std::memcmp(&x, &y, sizeof x) == 0; });
-}
-
 // In which all that the target can hold is read again.
 std::string asSource(const std::string& target) {
   return target == "gb18030"    ? "gbk" : target == "utf-16le" ? "ucs-2le" : target;
@@ -89,34 +81,34 @@ Handle open(const std::string& setup) {
   const Words words = split(setup, ' ');
   Handle c(sgbk_open(words[0].c_str(), words[1].c_str()));
   for (std::size_t i = 2; c && i < words.size(); ++i) {
-    const std::string& option = words[i];
-    const std::size_t equals = option.find('=');
-    const std::string value = equals == option.npos ? "" : option.substr(equals + 1);
-    const sgbk_result result = sgbk_set(c.get(), option.substr(0, equals).c_str(),
-                                        equals == option.npos ? nullptr : value.c_str());
-    if (result != SGBK_OK) return nullptr;
+    const Words option = split(words[i], '=');
+    const char* const value = option.size() == 1 ? nullptr : option[1].c_str();
+    if (sgbk_set(c.get(), option[0].c_str(), value) != SGBK_OK) return nullptr;
   }
   return c;
 }
 
 std::string described(const std::vector<sgbk_loss>& losses) {
-  std::ostringstream out;
+  std::string all;
   for (const sgbk_loss& loss : losses) {
-    const auto* const bytes = reinterpret_cast<const char*>(loss.bytes);
-    out << std::dec << loss.line << ':' << loss.offset << ':' << toHex({bytes, loss.size}) << ':' << std::hex
-        << std::uppercase << loss.code_point << ':' << sgbk_reason_name(loss.reason) << ' ';
+    char codePoint[9];
+    std::snprintf(codePoint, sizeof codePoint, "%X", loss.code_point);
+    all += std::to_string(loss.line) + ':' + std::to_string(loss.offset) + ':' +
+           toHex({reinterpret_cast<const char*>(loss.bytes), loss.size}) + ':' + codePoint + ':' +
+           sgbk_reason_name(loss.reason) + ' ';
   }
-  return out.str();
+  return all;
 }
 
 std::string described(const Converted& all) {
-  std::ostringstream out;
-  out << all.result << ' ' << all.source << ' ' << all.error << '\n' << toHex(all.text) << '\n'
-      << described(all.losses) << '\n' << all.counts.bytes << " bytes " << all.counts.lines << " lines "
-      << all.counts.characters << " characters";
-  for (const uint64_t count : all.counts.reasons) out << ' ' << count;
-  out << " first " << described({all.counts.first}) << '\n';
-  return out.str();
+  std::string counts;
+  for (const uint64_t count : {all.counts.bytes, all.counts.lines, all.counts.characters}) {
+    counts += std::to_string(count) + ' ';
+  }
+  for (const uint64_t count : all.counts.reasons) counts += std::to_string(count) + ' ';
+  return std::to_string(all.result) + ' ' + all.source + ' ' + all.error + '\n' + toHex(all.text) +
+         '\n' + described(all.losses) + "\nbytes, lines, characters, reasons: " + counts +
+         "first: " + described({all.counts.first}) + '\n';
 }
 
 std::string widened(const std::string& gbk) {
@@ -216,7 +208,7 @@ std::string disagreement(const std::string& setup, const std::string& text, cons
     return what + "\nsetup " + setup + "\ninput " + toHex(text) + "\n" + described(whole);
   };
   const Converted cut = convert(setup, text, pieces);
-  if (!areSame(cut, whole)) return told("cut up, it gives something else") + described(cut);
+  if (described(cut) != described(whole)) return told("cut up, it gives something else") + described(cut);
 
   std::size_t after = 0, lineEnd = 0;
   std::uint64_t line = 0;
