@@ -1,6 +1,7 @@
 // UCS-2 in either byte order, with the surrogates of UTF-16.
 
 #include "byte_decoder.h"
+#include "core/unit_block.h"
 
 namespace sgbk::text {
 namespace {
@@ -9,7 +10,6 @@ using Unit = std::uint16_t;
 
 constexpr bool isHighSurrogate(Unit u) { return (u & 0xFC00) == 0xD800; }
 constexpr bool isLowSurrogate(Unit u) { return (u & 0xFC00) == 0xDC00; }
-constexpr int kBlockUnits = 4;
 
 template <bool isBigEndian>
 class UnitDecoder : public Decoder {
@@ -55,18 +55,16 @@ class UnitDecoder : public Decoder {
     return p;
   }
 
-  // Four units of ASCII at once. Fewer are taken one by one as all others are, without a jump that
+  // Eight units of ASCII at once. Fewer are taken one by one as all others are, without a jump that
   // depends on what they are.
   template <Ascii form, bool references>
   int takeAscii(const Byte* p, const Byte* end, char*& out) {
-    if (end - p < kBlockBytes) return 0;
-    Block block = loadBlock(p);
-    if (isBigEndian) block = (block >> 8 & inEveryUnit(0xFF)) | (block & inEveryUnit(0xFF)) << 8;
-    if ((block & inEveryUnit(0xFF80)) != 0) return 0;
-    // The units' low bytes, side by side.
-    block = (block | block >> 8) & 0x0000FFFF0000FFFF;
-    block = (block | block >> 16) & 0xFFFFFFFF;
-    if (references && firstByteEqualTo(block | Block{0xFFFFFFFF} << 32, '&') != 0) return 0;
+    if (end - p < 2 * kBlockUnits) return 0;
+    Units units = loadUnits(p);
+    if (isBigEndian) units = units << 8 | units >> 8;
+    if (!everyBit(unitsWithin(units, 0, 0x7F))) return 0;
+    const Block block = lowBytes(units);
+    if (references && firstByteEqualTo(block, '&') != 0) return 0;
     out = putAsciiBlock<form>(block, kBlockUnits, entries_, out);
     account_.addCharacters(kBlockUnits);
     return kBlockUnits;
