@@ -61,7 +61,8 @@ std::string everyCode(const std::string& source, const char* unicode) {
   const bool isHz = source == "hz";
   for (int lead = isHz ? 0x21 : 0x81; lead <= (isHz ? 0x7D : 0xFE); ++lead) {
     for (int trail = isHz ? 0x21 : 0x40; trail <= (isHz ? 0x7E : 0xFE); ++trail) {
-      const bool isTrail = isHz || (source == "gbk" ? trail != 0x7F : trail <= 0x7E || trail >= 0xA1);
+      const bool isTrail =
+          isHz || (source == "gbk" ? trail != 0x7F : trail <= 0x7E || trail >= 0xA1);
       const std::string pair = {static_cast<char>(lead), static_cast<char>(trail)};
       if (isTrail) text += isHz ? "~{" + pair + "~}" : pair;
     }

@@ -38,7 +38,8 @@ TEST(EveryInput, GivesTheSameForAnyCutting) {
 // Without what says something of the input as a whole.
 std::string withoutHead(std::string setup) {
   for (const char* const option : {" html", " declare", " strict"}) {
-    if (const std::size_t at = setup.find(option); at != setup.npos) setup.erase(at, std::string(option).size());
+    if (const std::size_t at = setup.find(option); at != setup.npos)
+      setup.erase(at, std::string(option).size());
   }
   return setup;
 }
@@ -70,16 +71,19 @@ TEST(EveryInput, EndsBeforeTheLineOfTheFirstLossUnderStrict) {
     if (loose.result != SGBK_OK) return;
     ASSERT_EQ(strict.result, isLost ? SGBK_LOST : SGBK_OK) << toHex(text);
     std::size_t begin = 0;
-    for (std::uint64_t line = 1; line < loose.counts.first.line; ++line) begin = endOfLine(loose.source, text, begin);
+    for (std::uint64_t line = 1; line < loose.counts.first.line; ++line)
+      begin = endOfLine(loose.source, text, begin);
     const std::string before = isLost ? text.substr(0, begin) : text;
-    EXPECT_EQ(strict.text, textOf(loose.source + withoutHead(all).substr(from.size()), before)) << all << toHex(text);
+    EXPECT_EQ(strict.text, textOf(loose.source + withoutHead(all).substr(from.size()), before))
+        << all << toHex(text);
     EXPECT_EQ(described({strict.counts.first}), described({loose.counts.first}));
   });
 }
 
 TEST(Strict, KeepsWholeLinesAlsoBehindOneTooLongToHold) {
   const std::string lines = std::string(300000, 'a') + "\xA4\xA4\n" + "b\xA4\xA4\nc\n";
-  for (const Pieces& pieces : {Pieces{}, {1 << 18}, {100000}, {(1 << 18) + 1, 0}, {300001, 7}, {300003}}) {
+  for (const Pieces& pieces :
+       {Pieces{}, {1 << 18}, {100000}, {(1 << 18) + 1, 0}, {300001, 7}, {300003}}) {
     const Converted converted = convert("big5 gbk strict", lines + "x\xFF\n", pieces);
     EXPECT_TRUE(converted.text == textOf("big5 gbk", lines)) << pieces.size();
     EXPECT_EQ(converted.error, "line 4, byte 300010: FF is malformed");

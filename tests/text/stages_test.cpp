@@ -20,7 +20,8 @@ TEST(Losses, TellingCases) {
     const char* losses;
   } kRows[] = {
       // A pair leaves a blank, a stray byte nothing.
-      {"big5 gbk", "a\n\x81\n\x81<\x80", "a\n\n<", "2:2:81 :0:malformed 3:4:81 :0:malformed 3:6:80 :0:malformed "},
+      {"big5 gbk", "a\n\x81\n\x81<\x80", "a\n\n<",
+       "2:2:81 :0:malformed 3:4:81 :0:malformed 3:6:80 :0:malformed "},
       {"big5 gbk", "\xC5\xE9\x81\x41\xA1\x85\xA4", "\xCC\xE5\xA1\xA1",
        "1:2:81 41 :0:undefined 1:4:A1 85 :0:malformed 1:6:A4 :0:malformed "},
       {"big5 gbk half-width", "\x81\x41x", " x", "1:0:81 41 :0:undefined "},
@@ -35,17 +36,21 @@ TEST(Losses, TellingCases) {
        "1:4:2A 21 :0:undefined 2:11:FF :0:malformed "},
       {"utf-8 gbk", "\xEF\xBB\xBF\xE3\x80\x80\xC2\xA0", "\xA1\xA1\xA1\xA1", ""},
       {"utf-8 gbk", "a\xF0\x9F\x98\x80\n\xED\xA0\xBD\xED\xB8\x80\xE4\xB8", "a\n",
-       "1:1:F0 9F 98 80 :1F600:not in the target 2:6:ED A0 BD ED B8 80 :1F600:malformed 2:12:E4 B8 :0:malformed "},
+       "1:1:F0 9F 98 80 :1F600:not in the target 2:6:ED A0 BD ED B8 80 :1F600:malformed 2:12:E4 B8 "
+       ":0:malformed "},
       {"ucs-2le utf-8", "\xFF\xFE\x3D\xD8\x00\xDE\n\0\x00\xDC\x01"s, "\xF0\x9F\x98\x80\n",
        "2:8:00 DC :0:malformed 2:10:01 :0:malformed "},
       // The white square is no loss where it was in the text.
-      {"gbk big5", "\xD6\xD0\x81\x40\xA1\xF5", "\xA4\xA4 \xA1\xBC", "1:2:81 40 :0:not in the target "},
+      {"gbk big5", "\xD6\xD0\x81\x40\xA1\xF5", "\xA4\xA4 \xA1\xBC",
+       "1:2:81 40 :0:not in the target "},
       // Replaced, by code points and by references, where the target lacks it.
       {"utf-8 gbk", "\xC2\xA9\xE2\x84\xA2\xC2\xBC\xC2\xBD", "(C)TM1/41/2",
-       "1:0:C2 A9 :A9:replaced 1:2:E2 84 A2 :2122:replaced 1:5:C2 BC :BC:replaced 1:7:C2 BD :BD:replaced "},
+       "1:0:C2 A9 :A9:replaced 1:2:E2 84 A2 :2122:replaced 1:5:C2 BC :BC:replaced 1:7:C2 BD "
+       ":BD:replaced "},
       {"ucs-2be gbk strict", "\x00\xA9"s, "(C)", "1:0:00 A9 :A9:replaced "},
       {"utf-8 gb18030 entities", "\xC2\xA9&copy;", "\x81\x30\x84\x38\x81\x30\x84\x38", ""},
-      {"gbk gbk entities", "&copy;&trade;", "(C)TM", "1:0:26 63 6F 70 79 3B :A9:replaced 1:6:26 74 72 61 64 65 3B :2122:replaced "},
+      {"gbk gbk entities", "&copy;&trade;", "(C)TM",
+       "1:0:26 63 6F 70 79 3B :A9:replaced 1:6:26 74 72 61 64 65 3B :2122:replaced "},
       {"gbk gbk entities html", "&acute;", "&#39;", "1:0:26 61 63 75 74 65 3B :B4:replaced "},
       // What the target lacks stays a reference.
       {"utf-8 gbk entities", "&#128512;&zwj;&#x4e02;", "&#128512;&zwj;\x81\x40", ""},
@@ -68,9 +73,11 @@ TEST(References, TellingCases) {
       {"&lt;p&gt; &amp;amp;", "<p> &amp;", "&lt;p&gt; &amp;amp;"},
       {"&middot;&#x4e2D;&#20013", "\xA1\xA4\xD6\xD0\xD6\xD0", "\xA1\xA4\xD6\xD0\xD6\xD0"},
       // Without a semicolon, but neither in a longer word nor in an address.
-      {"&copy2015 &notify ?a&copy=1 &lt", "(C)2015 &notify ?a&copy=1 <", "(C)2015 &notify ?a&copy=1 &lt;"},
+      {"&copy2015 &notify ?a&copy=1 &lt", "(C)2015 &notify ?a&copy=1 <",
+       "(C)2015 &notify ?a&copy=1 &lt;"},
       {"&quot;&#39;&#65;&nbsp;|", "\"'A\xA1\xA1|", "&quot;&#39;A |"},
-      // What would break lines, has no form, or is no reference; the longest of all, and a longer one.
+      // What would break lines, has no form, or is no reference; the longest of all, and a longer
+      // one.
       {"&#10;&#0;&#127;&#55357;&eacut; &;&#;&#x;& &AMP;&#99999999999999999999;", nullptr, nullptr},
       {"&#00000000000000000000000000065;", "A", "A"},
       {"&#000000000000000000000000000000065;", nullptr, nullptr},
@@ -89,12 +96,14 @@ std::string randomLine(const Words& words, std::size_t count, std::mt19937& rand
 }
 
 TEST(Trimming, IsTheLibrarys) {
-  const Words words[] = {{"a", ".", "\xA1\xA3", " ", "\xA1\xEE", "\xA1\xA1", "\xB0\xA1", "\r", "\0"s},
-                         {".", "-", "\xA1\xA3", ".", "!", "\xA3\xBF", "\xA1\xEE", "\xB0\xA1", "="},
-                         {".", "-", "\xA1\xA3", ".", "!", "\xA3\xBF", "\xA1\xEE", " ", "=", "\t"}};
+  const Words words[] = {
+      {"a", ".", "\xA1\xA3", " ", "\xA1\xEE", "\xA1\xA1", "\xB0\xA1", "\r", "\0"s},
+      {".", "-", "\xA1\xA3", ".", "!", "\xA3\xBF", "\xA1\xEE", "\xB0\xA1", "="},
+      {".", "-", "\xA1\xA3", ".", "!", "\xA3\xBF", "\xA1\xEE", " ", "=", "\t"}};
   std::mt19937 random(1);
   for (unsigned i = 0; i < 20000; ++i) {
-    const std::string line = randomLine(words[i % 3], random() % (i % 100 == 99 ? 3000 : 30), random);
+    const std::string line =
+        randomLine(words[i % 3], random() % (i % 100 == 99 ? 3000 : 30), random);
     // NUL characters are taken away first, and a carriage return before a line end is part of it.
     std::string plain = line;
     std::erase(plain, '\0');
@@ -104,7 +113,8 @@ TEST(Trimming, IsTheLibrarys) {
               toHex(trimmed.substr(0, trimmed.size() - 2)))
         << toHex(line);
   }
-  EXPECT_EQ(textOf("gbk gbk trim-punct", "  A\xA3\xC1 \xA1\xA1\xA3\xC2\xA1\xA1 B\t\tc \r\n\r\n d\xA1\xEE e"),
+  EXPECT_EQ(textOf("gbk gbk trim-punct",
+                   "  A\xA3\xC1 \xA1\xA1\xA3\xC2\xA1\xA1 B\t\tc \r\n\r\n d\xA1\xEE e"),
             "A\xA3\xC1 \xA3\xC2\xA1\xA1"
             "B\tc\r\n\r\nd e");
 }
@@ -116,7 +126,8 @@ TEST(Folding, IsTheLibrarys) {
   std::mt19937 random(2);
   for (int i = 0; i < 5000; ++i) {
     const std::string line = randomLine(words, random() % 60, random);
-    ASSERT_EQ(textOf("gbk gbk no-simplify half-width fold-case", line), byLibrary("sbc2dbc counted case", line));
+    ASSERT_EQ(textOf("gbk gbk no-simplify half-width fold-case", line),
+              byLibrary("sbc2dbc counted case", line));
     ASSERT_EQ(textOf("gbk gbk no-simplify html", line), byLibrary("decodelibpage", line));
     const std::string cut = randomLine(halfWidth, random() % 80, random);
     const auto limit = static_cast<int>(1 + random() % 40);
