@@ -190,10 +190,12 @@ TEST(Interface, SaysWhatIsWrong) {
     EXPECT_EQ(result, SGBK_USAGE) << row.error;
     EXPECT_STREQ(sgbk_error(c.get()), row.error);
   }
-  const Handle c = open("gbk gbk");
-  EXPECT_EQ(convert(c.get(), "x", {}).error, "");
+  const Handle c = open("gbk gbk strict");
+  EXPECT_EQ(convert(c.get(), "x\n\xFF", {}).result, SGBK_LOST);
+  EXPECT_EQ(convert(c.get(), "x", {}).error, "the input has ended: reset comes first");
   EXPECT_EQ(sgbk_set(c.get(), "entities", nullptr), SGBK_USAGE);
-  EXPECT_EQ(convert(c.get(), "x", {}).result, SGBK_USAGE);
+  sgbk_reset(c.get());
+  EXPECT_STREQ(sgbk_error(c.get()), "");
   for (const char* const name : {"", "//IGNORE", "utf-7", "-"}) {
     EXPECT_TRUE(sgbk_source_name(name) == nullptr && sgbk_target_name(name) == nullptr) << name;
   }
