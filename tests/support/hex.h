@@ -7,9 +7,10 @@
 
 namespace sgbk_test {
 
-inline std::string fromHex(const std::string& hex) {
+// `step` is 3 where something separates the bytes, 2 where nothing does.
+inline std::string fromHex(const std::string& hex, std::size_t step = 3) {
   std::string bytes;
-  for (std::size_t i = 0; i < hex.size(); i += 3) {
+  for (std::size_t i = 0; i < hex.size(); i += step) {
     bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
   }
   return bytes;
