@@ -185,10 +185,10 @@ class Account(Test):
 
     def test_usage(self):
         for mistake in ["-x", "-f", "-f klingon", "-t hz", "-f big5 --no-simplify",
-                        "-i -o x -f big5 y", "--output=", "--report=", "-i -", "-i", "-i in", "--max-reports=-1",
-                        "--progress=now", "--explain=\udcff", "--report=-", "--quiet=3", "--f",
-                        "--output-dir=x -o y z", "--output-dir=x", "--check -o x",
-                        "-i/ -f big5 in"]:
+                        "-i -o x -f big5 y", "--output=", "--report=", "-i -", "-i", "-i in",
+                        "--max-reports=-1", "--progress=now", "--explain=\udcff", "--report=-",
+                        "--quiet=3", "--f", "--output-dir=x -o y z", "--output-dir=x",
+                        "--check -o x", "-i/ -f big5 in"]:
             status, out, message = run(*mistake.split(), env={"LC_ALL": "C.UTF-8"})
             self.assertEqual((status, out), (2, b""), mistake)
             self.assertIn("Try 'sgbk --help'", message)

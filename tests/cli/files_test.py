@@ -55,7 +55,8 @@ class InPlace(Test):
         # Fewer than eight characters cannot be told apart.
         write("in", "第一行\n".encode("utf-8"))
         self.assertEqual(big5("-i", "in")[0], 0)
-        for source, codec in [("big5", "big5"), ("utf-16", "utf-16"), ("auto", "utf-8"), ("hz", "hz")]:
+        for source, codec in [("big5", "big5"), ("utf-16", "utf-16"), ("auto", "utf-8"),
+                              ("hz", "hz")]:
             write("in", (simplified if codec == "hz" else text).encode(codec))
             self.assertEqual(run("-f", source, "-i", "in")[::2], (0, ""), (source, codec))
             for again, status in [("auto", 0), ("utf-8", 1)]:
