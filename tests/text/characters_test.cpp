@@ -18,7 +18,7 @@ namespace {
 
 // Empty for what the C library does not convert.
 std::string byIconv(const std::string& from, const std::string& to, std::string text) {
-  static std::map<std::string, iconv_t> open;
+  static auto& open = *new std::map<std::string, iconv_t>;  // and never closed
   iconv_t& converter = open[from + ' ' + to];
   if (converter == nullptr) converter = iconv_open(to.c_str(), from.c_str());
   std::string out(4 * text.size(), '\0');
