@@ -95,9 +95,9 @@ constexpr auto kSteps = [] {
 class TrimStage : public Stage {
  public:
   std::size_t apply(std::string_view text, bool ended, Buffer& out) override {
-    begin_ = out.room(text.size() + sizeof pending_);
-    to_ = std::copy_n(pending_, pendingSize_, begin_);
-    pendingSize_ = 0;
+    begin_ = out.room(text.size() + pending_.size());
+    to_ = begin_ + pending_.view().copy(begin_, pending_.size());
+    pending_.clear();
     const char* p = run(text.data(), text.data() + text.size(), ended);
     if (state_ >= kRun && !ended) {
       p = run_.begin;
@@ -107,10 +107,7 @@ class TrimStage : public Stage {
     // Whether they are written depends on what follows.
     const char* const end = to_;
     takeBackBlanks();
-    if (!ended) {
-      pendingSize_ = static_cast<std::size_t>(end - to_);
-      std::copy(to_, const_cast<char*>(end), pending_);
-    }
+    if (!ended) pending_.append({to_, static_cast<std::size_t>(end - to_)});
     out.setEnd(to_);
     if (ended) reset();
     return static_cast<std::size_t>(p - text.data());
@@ -118,7 +115,7 @@ class TrimStage : public Stage {
 
   void reset() override {
     state_ = kStart;
-    pendingSize_ = 0;
+    pending_.clear();
   }
 
  private:
@@ -238,8 +235,7 @@ class TrimStage : public Stage {
   Run run_ = {};
   char* begin_ = nullptr;
   char* to_ = nullptr;
-  char pending_[4];  // two blanks at most
-  std::size_t pendingSize_ = 0;
+  Buffer pending_;  // blanks; a dropped run between two of them leaves both
 };
 
 }  // namespace

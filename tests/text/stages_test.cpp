@@ -117,6 +117,10 @@ TEST(Trimming, IsTheLibrarys) {
                    "  A\xA3\xC1 \xA1\xA1\xA3\xC2\xA1\xA1 B\t\tc \r\n\r\n d\xA1\xEE e"),
             "A\xA3\xC1 \xA3\xC2\xA1\xA1"
             "B\tc\r\n\r\nd e");
+  // Each long run after a blank goes, and leaves one more blank to hold.
+  std::string held = "A\xA1\xA1";
+  for (int i = 0; i < 40; ++i) held += ".........\xA1\xEE\xA1\xA1";
+  EXPECT_EQ(disagreement("gbk gbk trim-punct", held + "B", {7}), "");
 }
 
 TEST(Folding, IsTheLibrarys) {
