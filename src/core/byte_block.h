@@ -15,11 +15,7 @@ namespace sgbk {
 using Block = std::uint64_t;
 inline constexpr int kBlockBytes = 8;
 
-inline Block loadBlock(const Byte* from) {
-  Block block;
-  std::memcpy(&block, from, sizeof block);
-  return block;
-}
+inline Block loadBlock(const Byte* from) { return load<Block>(from); }
 
 constexpr Block inEveryByte(Byte b) { return Block{0x0101010101010101} * b; }
 constexpr Block inEveryUnit(gchar_t unit) { return Block{0x0001000100010001} * unit; }

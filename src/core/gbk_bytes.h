@@ -20,12 +20,14 @@ inline constexpr gchar_t unitOf(Byte lead, Byte trail) {
   return static_cast<gchar_t>(lead | trail << 8);
 }
 
-inline gchar_t loadUnit(const Byte* from) {
-  gchar_t unit;
-  std::memcpy(&unit, from, sizeof unit);
-  return unit;
+template <class Value>
+Value load(const void* from) {
+  Value value;
+  std::memcpy(&value, from, sizeof value);
+  return value;
 }
 
+inline gchar_t loadUnit(const Byte* from) { return load<gchar_t>(from); }
 inline void storeUnit(char* to, gchar_t unit) { std::memcpy(to, &unit, sizeof unit); }
 
 inline constexpr Byte leadOf(gchar_t unit) { return static_cast<Byte>(unit & 0xFF); }
@@ -35,15 +37,8 @@ inline constexpr Byte trailOf(gchar_t unit) { return static_cast<Byte>(unit >> 8
 inline constexpr bool isLeadByte(Byte b) { return static_cast<Byte>(b - 0x81) <= 0xFE - 0x81; }
 inline constexpr bool isAscii(Byte b) { return b < 0x80; }
 
-// Lead bytes of characters that are neither blank nor symbol nor letter: 81..9F and B0..F7. Text
-// mixes the two ranges, so one test with one jump covers both, in a mask with a bit for each eight
-// bytes.
-inline constexpr bool isIdeographLead(Byte b) {
-  constexpr std::uint32_t kEights = 0x7FCF0000;  // 80..9F and B0..F7
-  return ((kEights >> (b >> 3)) & (b != 0x80 ? 1u : 0u)) != 0;
-}
-
-// The same for units, whose low byte may also be a single byte.
+// Characters that are neither blank nor symbol nor letter, and single bytes. Text mixes the ranges,
+// so one test with one jump covers them, in a mask with a bit for each eight lead bytes.
 inline constexpr bool isSingleOrIdeograph(gchar_t unit) {
   constexpr std::uint32_t kEights = 0x7FCFFFFF;  // 00..9F and B0..F7
   return (kEights >> ((unit & 0xFF) >> 3) & 1) != 0;

@@ -91,7 +91,7 @@ template <SpaceTab spaceTab, Yen yen, class Input, class Unfolded>
   }
   const gchar_t pair = loadUnit(in.psrc);
   in.psrc += 2;
-  if (isIdeographLead(b)) return out.put(unfolded(pair, pair));
+  if (isSingleOrIdeograph(pair)) return out.put(unfolded(pair, pair));
   // Case folding never changes the lead byte.
   const Byte nextch = trailOf(ifcase ? toLowerCase(pair) : pair);
   const gchar_t folded = unitOf(b, nextch);

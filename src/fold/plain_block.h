@@ -25,8 +25,7 @@ enum class Markup { folded, leftOut };
 // Folds sixteen pairs without a jump, since no processor can predict where text has symbols. Leaves
 // out the first pair that is neither an ideograph nor in row A1 or A3, and those after it.
 template <Yen yen, Markup markup>
-class FoldedPairs {
- public:
+struct FoldedPairs {
   [[gnu::always_inline]] FoldedPairs(const PairBlock& pairs, bool ifcase) {
     const Bytes leads = pairs.leads;
     const Bytes trails = pairs.trails;
@@ -41,42 +40,28 @@ class FoldedPairs {
     Bytes plain = symbol | blank | within(leads, 0x81, 0xA0) | within(leads, 0xB0, 0xF7) |
                   (within(leads, 0xAA, 0xFE) & within(trails, 0x00, 0xA0));
     if (markup == Markup::leftOut) {
-      plain &= ~(isA3 & (equalTo(trails, 0xA6) | equalTo(trails | everyByte(0x02), 0xBE)));
+      plain &= ~(isA3 & (equalTo(trails, 0xA6) | equalTo(trails | Byte{0x02}, 0xBE)));
     }
-    const Bytes toSmall = ifcase ? within(trails, 0xC1, 0xDA) & everyByte(0x20) : everyByte(0);
-    const Bytes ascii =
-        ((trails - everyByte(0x80) + toSmall) & printable) | (everyByte(' ') & blank);
+    const Bytes toSmall = ifcase ? within(trails, 0xC1, 0xDA) & Byte{0x20} : Bytes{};
+    const Bytes ascii = ((trails - Byte{0x80} + toSmall) & printable) | (blank & Byte{' '});
     const Bytes folded = printable | blank;
     const Bytes first = ascii | (leads & ~folded);
     const Bytes second = trails & ~folded;
-    const Bytes units[] = {interleaved<0>(first, second), interleaved<8>(first, second)};
-    std::memcpy(units_, units, sizeof units_);
+    const Bytes inOrder[] = {interleaved<0>(first, second), interleaved<8>(first, second)};
+    std::memcpy(units, inOrder, sizeof units);
     // Where each of them ends: the product adds up the lengths of all before.
-    const Bytes lengths = everyByte(2) + folded;
+    const Bytes lengths = folded + Byte{2};
     Block sums[2];
     std::memcpy(sums, &lengths, sizeof sums);
     sums[0] *= inEveryByte(1);
     sums[1] = sums[1] * inEveryByte(1) + (sums[0] >> 56) * inEveryByte(1);
-    std::memcpy(ends_ + 1, sums, sizeof sums);
-    count_ = countUpTo(before(~maskOf(plain) & kWholeMask));
+    std::memcpy(ends + 1, sums, sizeof sums);
+    count = countUpTo(before(~maskOf(plain) & kWholeMask));
   }
 
-  int count() const { return count_; }
-
-  // The bytes that they take.
-  int bytes() const { return ends_[count_]; }
-
-  // Writes what `write` gives for one of them, an ASCII character or a pair, and maybe one byte
-  // after it that does not count.
-  template <class Write>
-  [[gnu::always_inline]] void put(int i, char* to, Write write) const {
-    storeUnit(to + ends_[i], write(units_[i]));
-  }
-
- private:
-  gchar_t units_[kBlockPairs];
-  Byte ends_[kBlockPairs + 1] = {};
-  int count_;
+  gchar_t units[kBlockPairs];       // each an ASCII character or a pair
+  Byte ends[kBlockPairs + 1] = {};  // of all before each
+  int count;
 };
 
 // Takes characters that need no test of each while at least kRoomOfSteps of `left` bytes of input
@@ -103,19 +88,19 @@ template <Yen yen, Markup markup, class Write>
     const int singles = __builtin_ctzll(stops | kLast) / 8;
     const FoldedPairs<yen, markup> pairs(PairBlock(psrc + singles), ifcase);
     char* const middle = pdest + singles;
-    char* const end = middle + pairs.bytes();
-    const Bytes kept[] = {loadBytes(end), loadBytes(end + 16), loadBytes(end + 32)};
+    char* const end = middle + pairs.ends[pairs.count];
+    const Bytes kept[] = {load<Bytes>(end), load<Bytes>(end + 16), load<Bytes>(end + 32)};
     std::memcpy(pdest, &ascii, sizeof ascii);
-    unrolled<kBlockPairs>([&](int i) { pairs.put(i, middle, write); });
+    unrolled<kBlockPairs>([&](int i) { storeUnit(middle + pairs.ends[i], write(pairs.units[i])); });
     std::memcpy(end, kept, sizeof kept);
     if (end == pdest) break;
     pdest = end;
     // Text without ASCII goes on without waiting for what was counted; where each pair is looked
     // up, the look-ups fill the wait.
-    if (yen == Yen::kept && singles == 0 && pairs.count() == kBlockPairs) {
+    if (yen == Yen::kept && singles == 0 && pairs.count == kBlockPairs) {
       psrc += 2 * kBlockPairs;
     } else {
-      psrc += singles + 2 * pairs.count();
+      psrc += singles + 2 * pairs.count;
     }
   }
 }
@@ -141,10 +126,10 @@ template <Yen yen, Markup markup, class Input, class Write>
     // What comes next finds room for two bytes more, and covers the one that may be left behind.
     const bool whole = reach >= 2 * kBlockPairs && room >= 2 * kBlockPairs + 2;
     const FoldedPairs<yen, markup> pairs(
-        {loadBytes(psrc), whole ? loadBytes(psrc + sizeof(Bytes)) : Bytes{}}, ifcase);
-    for (int i = 0; i < pairs.count(); ++i) pairs.put(i, pdest, write);
-    pdest += pairs.bytes();
-    psrc += 2 * pairs.count();
+        {load<Bytes>(psrc), whole ? load<Bytes>(psrc + sizeof(Bytes)) : Bytes{}}, ifcase);
+    for (int i = 0; i < pairs.count; ++i) storeUnit(pdest + pairs.ends[i], write(pairs.units[i]));
+    pdest += pairs.ends[pairs.count];
+    psrc += 2 * pairs.count;
   }
   out.pdest = pdest;
   return psrc != std::exchange(in.psrc, psrc);

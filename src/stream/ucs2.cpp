@@ -22,8 +22,8 @@ int EncodingConvertor::uc2sgbk(const unsigned short* src, int srclen, char* dest
   // A step reads one unit and writes two bytes at most.
   while (std::ptrdiff_t steps = std::min(end - in, (outEnd - out) / 2)) {
     while (steps >= sgbk::kBlockUnits) {
-      const sgbk::Units codes = sgbk::loadUnits(in);
-      const sgbk::Units ascii = sgbk::unitsWithin(codes, 0, 0x7F);
+      const sgbk::Units codes = sgbk::load<sgbk::Units>(in);
+      const sgbk::Units ascii = sgbk::within(codes, 0, 0x7F);
       if (sgbk::everyBit(ascii)) {
         const sgbk::Block bytes = sgbk::lowBytes(codes);
         std::memcpy(out, &bytes, sizeof bytes);
@@ -31,7 +31,7 @@ int EncodingConvertor::uc2sgbk(const unsigned short* src, int srclen, char* dest
         in += sgbk::kBlockUnits;
       } else if (const sgbk::Units units = sgbk::lookUpUnits(table, in);
                  !sgbk::anyBit(ascii) && sgbk::areAllWritten(codes, units)) {
-        sgbk::storeUnits(out, units);
+        std::memcpy(out, &units, sizeof units);
         out += 2 * sgbk::kBlockUnits;
         in += sgbk::kBlockUnits;
       } else {
@@ -66,8 +66,8 @@ int EncodingConvertor::uc2sgbk_DB(const unsigned short* src, int srclen, char* d
   while (std::ptrdiff_t steps = std::min(end - in, out.room())) {
     while (steps >= sgbk::kBlockUnits) {
       const sgbk::Units units = sgbk::lookUpUnits(table, in);
-      if (sgbk::areAllWritten(sgbk::loadUnits(in), units)) {
-        sgbk::storeUnits(out.next, units);
+      if (sgbk::areAllWritten(sgbk::load<sgbk::Units>(in), units)) {
+        std::memcpy(out.next, &units, sizeof units);
         out.next += 2 * sgbk::kBlockUnits;
         in += sgbk::kBlockUnits;
       } else {

@@ -3,7 +3,7 @@
 #ifndef SGBK_STREAM_UNICODE_TABLE_H
 #define SGBK_STREAM_UNICODE_TABLE_H
 
-#include "core/unit_block.h"
+#include "core/vectors.h"
 #include "sgbk/EncodingConvertor.h"
 
 namespace sgbk {
@@ -17,7 +17,14 @@ inline bool isWritten(unsigned short codePoint, gchar_t entry) {
 }
 
 inline bool areAllWritten(Units codePoints, Units entries) {
-  return !anyBit(unitsEqualTo(codePoints, kByteOrderMark) | unitsEqualTo(entries, kUnmapped));
+  return !anyBit(equalTo(codePoints, kByteOrderMark) | equalTo(entries, kUnmapped));
+}
+
+// The entries of eight code points.
+inline Units lookUpUnits(const gchar_t* table, const unsigned short* codePoints) {
+  Units entries{};
+  unrolled<kBlockUnits>([&](int i) { entries[i] = table[codePoints[i]]; });
+  return entries;
 }
 
 }  // namespace sgbk

@@ -1,5 +1,6 @@
 // trimgPunc: removes shapes, excess blanks and long runs of punctuation.
 
+#include <array>
 #include <utility>
 
 #include "core/pair_block.h"
@@ -37,7 +38,6 @@ bool isPassedOver(Kind kind) { return kind >= Kind::shape; }
 struct Kinds {
   explicit Kinds(const sgbk::PairBlock& units) {
     using sgbk::equalTo;
-    using sgbk::everyByte;
     using sgbk::maskOf;
     using sgbk::within;
     const sgbk::Bytes leads = units.leads;
@@ -45,12 +45,12 @@ struct Kinds {
     const sgbk::Bytes plain = within(leads, 0x01, 0xA0) | within(leads, 0xB0, 0xF7) |
                               (within(leads, 0xAA, 0xFF) & within(trails, 0x00, 0xA0));
     const sgbk::Bytes lettersAndDigits =
-        within(trails & everyByte(0xDF), 0xC1, 0xDA) | within(trails, 0xB0, 0xB9);
+        within(trails & sgbk::Byte{0xDF}, 0xC1, 0xDA) | within(trails, 0xB0, 0xB9);
     ordinary = maskOf(plain | (equalTo(leads, 0xA3) & lettersAndDigits));
     lineEnds = maskOf(units.equalToPair(RETURN_CONVERSION_CHAR));
     blanks = maskOf(units.equalToPair(CHINESE_SPACE_CHAR)) | lineEnds;
     // In rows A1 and A3, letters included.
-    marks = ~blanks & maskOf(equalTo(leads | everyByte(0x02), 0xA3) & within(trails, 0xA1, 0xED));
+    marks = ~blanks & maskOf(equalTo(leads | sgbk::Byte{0x02}, 0xA3) & within(trails, 0xA1, 0xED));
   }
 
   sgbk::Mask ordinary, marks, blanks, lineEnds;
@@ -120,8 +120,8 @@ template <class Input>
   bool open = false;  // the last unit copied is punctuation or a blank, and its run may go on
   sgbk::Mask blankBefore = 0;
   while (in.hasBlock()) {
-    const sgbk::PairBlock units(in.p);
-    const Kinds kinds(units);
+    const auto units = sgbk::load<std::array<sgbk::Bytes, 2>>(in.p);
+    const Kinds kinds{sgbk::PairBlock(in.p)};
     const sgbk::Mask inRuns = (kinds.blanks & ~kinds.lineEnds) | (kinds.marks & ~kinds.ordinary);
     const sgbk::Mask twos = inRuns & inRuns >> kBits;
     const sgbk::Mask fours = twos & twos >> 2 * kBits;
@@ -132,7 +132,7 @@ template <class Input>
     const sgbk::Mask ends =
         (kinds.ordinary | (kinds.marks & kinds.lineEnds >> kBits)) & sgbk::before(others);
     if (ends == 0 && open && (blankBefore != 0 || (kinds.lineEnds & 1) == 0)) break;
-    units.store(out);
+    std::memcpy(out, &units, sizeof units);
     open = others == 0 && ends >> (sgbk::kBlockPairs - 2) * kBits == kOne;
     if (open || ends >> (sgbk::kBlockPairs - 1) * kBits != 0) {
       in.p += sgbk::kBlockPairs;
@@ -176,20 +176,15 @@ size_t trim(Input in, gchar_t* const dest0) {
       if (c != 0) *out++ = c;
       ++in.p;
     } else if (kind == Kind::mark) {
-      const gchar_t* const puncbegin = in.p;
-      bool blanks = false;
+      const gchar_t* const run = in.p;
       for (Kind next = kind; next == Kind::mark || next == Kind::blank; next = kindOf(*in.p)) {
-        blanks = blanks || next == Kind::blank;
         ++in.p;
         if (in.atEnd()) break;
       }
-      const std::ptrdiff_t punccount = in.p - puncbegin;
-      if (punccount >= kLongRun) {
-        if (!isgcharspace(out[-1])) *out++ = c;
-      } else if (!blanks) {
-        for (const gchar_t* mark = puncbegin; mark != in.p; ++mark) *out++ = *mark;
-      } else {
-        out = copyMarks(puncbegin, in.p, out);
+      if (in.p - run < kLongRun) {
+        out = copyMarks(run, in.p, out);
+      } else if (!isgcharspace(out[-1])) {
+        *out++ = c;
       }
     } else if (kind == Kind::shape) {
       ++in.p;
