@@ -5,11 +5,6 @@
 namespace sgbk::text {
 namespace {
 
-bool isWideLineFeed(std::string_view text, std::size_t at, LineFeeds kind) {
-  const bool isSwapped = kind == LineFeeds::inSwappedUnits;
-  return text[at + isSwapped] == '\n' && text[at + !isSwapped] == '\0';
-}
-
 // Sixteen bytes at once, whose counts are added up before they can overflow.
 template <class Unit>
 std::uint64_t countUnits(std::string_view text, Unit wanted) {
@@ -35,31 +30,15 @@ std::uint64_t countUnits(std::string_view text, Unit wanted) {
   return count;
 }
 
-std::uint64_t countLineFeeds(std::string_view text, LineFeeds kind) {
-  switch (kind) {
-    case LineFeeds::inBytes: return countUnits<Byte>(text, '\n');
-    case LineFeeds::inUnits: return countUnits<std::uint16_t>(text, '\n');
-    default: return countUnits<std::uint16_t>(text, '\n' << 8);
+std::uint64_t countLineFeeds(std::string_view text, Source source) {
+  switch (source) {
+    case Source::ucs2le: return countUnits<std::uint16_t>(text, '\n');
+    case Source::ucs2be: return countUnits<std::uint16_t>(text, '\n' << 8);
+    default: return countUnits<Byte>(text, '\n');
   }
 }
 
 }  // namespace
-
-std::size_t afterLastLineFeed(std::string_view text, LineFeeds kind) {
-  if (kind == LineFeeds::inBytes) return text.rfind('\n') + 1;
-  for (std::size_t end = text.size() / 2 * 2; end != 0; end -= 2) {
-    if (isWideLineFeed(text, end - 2, kind)) return end;
-  }
-  return 0;
-}
-
-std::size_t afterFirstLineFeed(std::string_view text, LineFeeds kind) {
-  if (kind == LineFeeds::inBytes) return text.find('\n') + 1;
-  for (std::size_t at = 0; at + 2 <= text.size(); at += 2) {
-    if (isWideLineFeed(text, at, kind)) return at + 2;
-  }
-  return 0;
-}
 
 void Account::reset() {
   counts_ = {};
@@ -68,8 +47,7 @@ void Account::reset() {
 
 void Account::countLines(const Byte* end) {
   counts_.lines += countLineFeeds(
-      {reinterpret_cast<const char*>(counted_), static_cast<std::size_t>(end - counted_)},
-      lineFeeds_);
+      {reinterpret_cast<const char*>(counted_), static_cast<std::size_t>(end - counted_)}, source_);
   counted_ = end;
 }
 
@@ -90,23 +68,15 @@ void Account::tell(sgbk_reason reason, const Byte* p, std::size_t size, CodePoin
   std::memcpy(loss.bytes, p, std::min<std::size_t>(size, SGBK_LOSS_BYTES));
   if (counts_.first.size == 0 && reason != SGBK_REPLACED) counts_.first = loss;
   if (isListed_) losses_.push_back(loss);
-}
-
-void Account::addAgain(const sgbk_loss& loss) {
-  ++counts_.reasons[loss.reason];
-  ++counts_.characters;
-  if (counts_.first.size == 0) counts_.first = loss;
-  if (isListed_) losses_.push_back(loss);
+  if (isStrict_ && reason != SGBK_REPLACED) {
+    endPiece(p);
+    throw Stop();
+  }
 }
 
 std::uint64_t Account::lost() const {
   return counts_.reasons[SGBK_MALFORMED] + counts_.reasons[SGBK_UNDEFINED] +
          counts_.reasons[SGBK_NOT_IN_TARGET];
-}
-
-void Account::goBackTo(const Mark& mark) {
-  counts_ = mark.counts;
-  losses_.resize(mark.losses);
 }
 
 }  // namespace sgbk::text

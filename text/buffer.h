@@ -28,7 +28,6 @@ class Buffer {
   void append(char c) { append(std::string_view(&c, 1)); }
 
   void clear() { size_ = 0; }
-  void cut(std::size_t size) { size_ = size; }
   void removePrefix(std::size_t size) {
     size_ -= size;
     if (size_ != 0) std::memmove(bytes_.get(), bytes_.get() + size, size_);

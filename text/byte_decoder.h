@@ -71,7 +71,12 @@ class ByteDecoder : public Decoder {
   const Byte* run(const Byte* p, const Byte* const end, bool ended) {
     Shape& shape = static_cast<Shape&>(*this);
     char* out = roomFor(end - p);
-    std::ptrdiff_t ascii = 0;
+    // Counted also when a loss ends the run.
+    struct Counter {
+      Account& account;
+      std::ptrdiff_t count = 0;
+      ~Counter() { account.addCharacters(count); }
+    } ascii{account_};
     while (p != end) {
       if (shape.isAsciiMode()) {
         const Block block = loadBlockBefore(p, end);
@@ -80,13 +85,13 @@ class ByteDecoder : public Decoder {
         if constexpr (Shape::kEscape != 0) stops |= firstByteEqualTo(block, Shape::kEscape);
         if (stops == 0) {
           out = putAsciiBlock<form>(block, kBlockBytes, entries_, out);
-          ascii += kBlockBytes;
+          ascii.count += kBlockBytes;
           p += kBlockBytes;
           continue;
         }
         const int count = __builtin_ctzll(stops) / 8;
         out = putAsciiBlock<form>(block, count, entries_, out);
-        ascii += count;
+        ascii.count += count;
         p += count;
         if (p == end) break;
       }
@@ -106,7 +111,6 @@ class ByteDecoder : public Decoder {
       if (taken == 0) break;
     }
     out_->setEnd(out);
-    account_.addCharacters(ascii);
     return p;
   }
 };

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
-#include <utility>
 #include <vector>
 
 #include "made_once.h"
@@ -74,15 +73,10 @@ struct Gb18030 {
   }
 };
 
-const Gb18030& gb18030() {
-  static std::atomic<const Gb18030*> slot;
-  return madeOnce(slot);
-}
-
-// Big5 by character, sorted. Every reader knows the rows from A1 to F9; the others are for what
-// has no code there.
+// Big5 by character. Every reader knows the rows from A1 to F9; the others are for what has no code
+// there.
 struct Big5 {
-  std::vector<std::pair<CodePoint, gchar_t>> codes;
+  std::array<gchar_t, 0x30000> codes{};  // up to plane 2, where they all are
 
   Big5() {
     for (const bool isCommon : {true, false}) {
@@ -93,12 +87,10 @@ struct Big5 {
           const bool isHere =
               (code >= 0xA140 && code <= 0xC67E) || (code >= 0xC940 && code <= 0xF9FE);
           const CodePoint c = sgbk_big5_code_points[unit];
-          if (isHere == isCommon && c != kNoCodePoint) codes.emplace_back(c, unit);
+          if (isHere == isCommon && c != kNoCodePoint && codes.at(c) == 0) codes[c] = unit;
         }
       }
     }
-    std::stable_sort(codes.begin(), codes.end(),
-                     [](const auto& a, const auto& b) { return a.first < b.first; });
   }
 };
 
@@ -137,24 +129,21 @@ Sequence gb18030Of(CodePoint c) {
   if (c < 0x80) return {1, {static_cast<char>(c)}};
   if (isSurrogate(c)) return {};
   if (c >= 0x10000) return fourBytes(static_cast<std::uint32_t>(kSupplementaryRank) + c - 0x10000);
-  const gchar_t code = gb18030().twoByteCode[c];
-  return code != 0 ? twoBytes(code) : fourBytes(gb18030().rank[c]);
+  const auto& gb18030 = madeOnce<Gb18030>();
+  const gchar_t code = gb18030.twoByteCode[c];
+  return code != 0 ? twoBytes(code) : fourBytes(gb18030.rank[c]);
 }
 
 CodePoint codePointOfGb18030(const Byte* bytes) {
   const std::uint32_t rank = rankOf(bytes);
-  if (rank < kFourByteCodes) return gb18030().codePoint[rank];
+  if (rank < kFourByteCodes) return madeOnce<Gb18030>().codePoint[rank];
   if (rank < kSupplementaryRank || rank >= kSupplementaryRank + 0x100000) return kNoCodePoint;
   return static_cast<CodePoint>(0x10000 + rank - kSupplementaryRank);
 }
 
 Sequence big5Of(CodePoint c) {
-  static std::atomic<const Big5*> slot;
-  const auto& codes = madeOnce(slot).codes;
-  const auto found =
-      std::lower_bound(codes.begin(), codes.end(), c,
-                       [](const auto& code, CodePoint key) { return code.first < key; });
-  return found == codes.end() || found->first != c ? Sequence{} : twoBytes(found->second);
+  const auto& codes = madeOnce<Big5>().codes;
+  return c < codes.size() && codes[c] != 0 ? twoBytes(codes[c]) : Sequence{};
 }
 
 Sequence fourBytesOf(CodePoint c) { return fourBytes(c); }

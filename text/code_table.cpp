@@ -167,8 +167,7 @@ std::string_view replacementFor(CodePoint c) {
       for (auto& row : rows) deEscHtml(row.entity, row.ascii);
     }
   };
-  static std::atomic<const Replacements*> slot;
-  for (const auto& row : madeOnce(slot).rows) {
+  for (const auto& row : madeOnce<Replacements>().rows) {
     if (row.c == c) return row.ascii;
   }
   return {};

@@ -9,17 +9,19 @@
 namespace sgbk::text {
 namespace {
 
-// Under strict, of a line without an end.
+// Of a line without an end, under strict.
 constexpr std::size_t kMostHeld = 1 << 18;
 // Text stays in the processor's cache on its way through the stages.
 constexpr std::ptrdiff_t kBlock = 1 << 16;
 // More than any character, or reference in UTF-16, goes on.
 constexpr std::size_t kEnoughToGoOn = 2 * kLongestReference + 6;
 
-LineFeeds lineFeedsOf(Source source) {
-  return source == Source::ucs2le   ? LineFeeds::inUnits
-         : source == Source::ucs2be ? LineFeeds::inSwappedUnits
-                                    : LineFeeds::inBytes;
+// The offset after the last line feed, 0 when there is none.
+std::size_t afterLastLineFeed(std::string_view text, bool inUnits) {
+  if (!inUnits) return text.rfind('\n') + 1;
+  std::size_t end = text.size();
+  while (end != 0 && (text[end - 2] != '\n' || text[end - 1] != '\0')) end -= 2;
+  return end;
 }
 
 std::string_view viewOf(const Byte* begin, const Byte* end) {
@@ -61,35 +63,33 @@ void Converter::set(const char* option, const char* value) {
 void Converter::reset() {
   isEnded_ = isStarted_ = false;
   account_.reset();
-  for (Buffer* buffer : {&out_, &unfound_, &held_, &carried_, &middle_, &staged_[0], &staged_[1]})
+  for (Buffer* buffer : {&out_, &unfound_, &carried_, &middle_, &staged_[0], &staged_[1]})
     buffer->clear();
+  held_ = 0;
   source_ = asked_;
   stages_.clear();
 }
 
 TableKey Converter::key(Codes codes, Form form) const {
-  TableKey key;
-  key.codes = codes;
-  key.target = target_;
-  key.form = form;
-  key.simplify = options_.simplify;
-  key.halfWidth = options_.halfWidth || options_.html;
-  key.foldCase = options_.foldCase;
-  key.markup = options_.html;
-  key.traditional = options_.traditional;
-  return key;
+  return {.codes = codes,
+          .target = target_,
+          .form = form,
+          .simplify = options_.simplify,
+          .halfWidth = options_.halfWidth || options_.html,
+          .foldCase = options_.foldCase,
+          .markup = options_.html,
+          .traditional = options_.traditional};
 }
 
 void Converter::start() {
   checkTogether(options_, asked_, target_);
   account_.setList(options_.losses);
+  account_.setStrict(options_.strict);
   isDeclaring_ = options_.declare || options_.html;
   searched_ = 0;
-  seen_ = 0;
-  isLineStart_ = true;
   if (options_.trim) stages_.push_back(makeTrimStage());
   if (options_.truncate) stages_.push_back(makeTruncateStage(*options_.truncate));
-  if (isDeclaring_ || !stages_.empty()) {
+  if (hasMiddle()) {
     TableKey back = key(Codes::gbk, Form::target);
     back.simplify = back.halfWidth = back.foldCase = false;
     encoder_ = makeMiddleDecoder({unheeded_, false, none_});
@@ -103,9 +103,9 @@ void Converter::start() {
 
 void Converter::setSource(Source source) {
   source_ = source;
-  account_.setLineFeeds(lineFeedsOf(source));
+  account_.setSource(source);
   decoder_ = makeDecoder(source, {account_, options_.entities, replacement_});
-  setForm(isDeclaring_ || !stages_.empty() ? Form::middle : Form::target);
+  setForm(hasMiddle() ? Form::middle : Form::target);
 }
 
 void Converter::setForm(Form form) {
@@ -130,102 +130,52 @@ void Converter::setReplacement(Form form) {
 }
 
 void Converter::convert(std::string_view in, bool last) {
-  out_.clear();
+  out_.removePrefix(isEnded_ ? out_.size() : output().size());
+  held_ = 0;
   account_.losses().clear();
   if (isEnded_) throw Failure{SGBK_USAGE, "the input has ended: reset comes first"};
   isEnded_ = true;  // should anything be thrown
   if (!isStarted_) start();
   const bool isFound = detector_ == nullptr && source_ != Source::ucs2;
-  isFound ? holdLines(in, last) : find(in, last);
+  bool isRefused = false;
+  try {
+    isFound ? declare(in, last) : find(in, last, isRefused);
+  } catch (const Account::Stop&) {
+    if (isDeclaring_) {
+      endDeclaring(true);
+    } else if (form_ == Form::middle) {
+      takeThroughStages(true);
+    }
+  }
+  if (!isHeldBefore()) {
+    const bool isUnits = target_ == Target::utf16le;
+    held_ = out_.size() - wholeLines(out_.view(), isUnits, last && !isRefused);
+  }
+  if (isRefused) throw Failure{SGBK_UNKNOWN_SOURCE, detector_->advice()};
+  if (isStopped()) throw Failure{SGBK_LOST, sentenceFor(account_.counts().first)};
   isEnded_ = last;
 }
 
-void Converter::find(std::string_view in, bool last) {
+void Converter::find(std::string_view in, bool last, bool& isRefused) {
   unfound_.append(in);
   std::optional<Source> source;
   if (asked_ == Source::ucs2) {
     if (unfound_.size() < 2 && !last) return;
-    source = ucs2Order(unfound_.view());
+    source = unfound_.view().starts_with("\xFE\xFF") ? Source::ucs2be : Source::ucs2le;
   } else {
     const Detector::Verdict verdict = detector_->look(unfound_.view(), last);
     if (verdict.ascii != 0) {
-      holdLines(unfound_.view().substr(0, verdict.ascii), false);
+      declare(unfound_.view().substr(0, verdict.ascii), false);
       unfound_.removePrefix(verdict.ascii);
     }
-    if (verdict.isRefused) throw Failure{SGBK_UNKNOWN_SOURCE, detector_->advice()};
+    isRefused = verdict.isRefused;
     source = verdict.source;
   }
   if (!source) return;
   detector_.reset();
   setSource(*source);
   const Buffer rest = std::exchange(unfound_, Buffer());
-  holdLines(rest.view(), last);
-}
-
-// Under strict, text goes on in whole lines.
-void Converter::holdLines(std::string_view in, bool last) {
-  if (!options_.strict) return declare(in, last);
-  const LineFeeds kind = lineFeedsOf(source_);
-  while ((!held_.empty() || !isLineStart_) && !in.empty()) {
-    const std::size_t half = kind == LineFeeds::inBytes ? 0 : held_.size() % 2;
-    const std::size_t line = afterFirstLineFeed(in.substr(std::min(half, in.size())), kind);
-    const std::size_t size =
-        std::min(line == 0 ? in.size() : half + line, kMostHeld - held_.size());
-    held_.append(in.substr(0, size));
-    in.remove_prefix(size);
-    const bool isLine = afterLastLineFeed(held_.view(), kind) == held_.size();
-    if (!isLine && held_.size() != kMostHeld) continue;
-    const Buffer lines = std::exchange(held_, Buffer());
-    stopAtLoss(lines.view(), last && in.empty());
-    if (last && in.empty()) return;
-  }
-  if (!held_.empty() && !last) return;
-  if (!held_.empty()) {
-    const Buffer lines = std::exchange(held_, Buffer());
-    return stopAtLoss(lines.view(), true);
-  }
-  std::size_t size = last ? in.size() : afterLastLineFeed(in, kind);
-  if (in.size() - size >= kMostHeld) size = in.size() / 2 * 2;
-  stopAtLoss(in.substr(0, size), last);
-  held_.append(in.substr(size));
-}
-
-// Converts whole lines, or a part of a line that is too long to hold. At a loss, converts them
-// again as far as the line of the loss.
-void Converter::stopAtLoss(std::string_view lines, bool last) {
-  const Account::Mark mark = account_.mark();
-  const std::size_t written = out_.size();
-  const bool wasDeclaring = isDeclaring_;
-  const std::size_t searched = searched_;
-  const std::string head(wasDeclaring ? middle_.view() : std::string_view());
-  const bool isLineStart = isLineStart_;
-  if (!lines.empty()) isLineStart_ = afterLastLineFeed(lines, lineFeedsOf(source_)) == lines.size();
-  declare(lines, last);
-  if (account_.lost() == 0) {
-    seen_ += lines.size();
-    return;
-  }
-  const sgbk_loss loss = account_.counts().first;
-  account_.goBackTo(mark);
-  out_.cut(written);
-  if (isLineStart) {
-    for (Buffer* buffer : {&middle_, &staged_[0], &staged_[1], &carried_}) buffer->clear();
-    middle_.append(head);
-    for (const auto& stage : stages_) stage->reset();
-    decoder_->reset();
-    isDeclaring_ = wasDeclaring;
-    searched_ = searched;
-    setForm(isDeclaring_ || !stages_.empty() ? Form::middle : Form::target);
-    const auto before = lines.substr(0, static_cast<std::size_t>(loss.offset - seen_));
-    const std::size_t size = afterLastLineFeed(before, lineFeedsOf(source_));
-    declare(before.substr(0, size), true);
-    // The characters in front of the loss count, but are not written.
-    const std::size_t whole = out_.size();
-    declare(before.substr(size), true);
-    out_.cut(whole);
-  }
-  account_.addAgain(loss);
-  throw Failure{SGBK_LOST, sentenceFor(loss)};
+  declare(rest.view(), last);
 }
 
 // The beginning of a page is looked through for the encoding that it declares.
@@ -236,15 +186,19 @@ void Converter::declare(std::string_view in, bool last) {
     in.remove_prefix(part.size());
     decode(part, last && in.empty());
     if (searched_ != kDeclarationBytes && !last) return;
-    isDeclaring_ = false;
-    const std::string head = withDeclared(middle_.view(), nameOf(target_));
-    middle_.clear();
-    middle_.append(head);
-    takeThroughStages(last && in.empty());
+    endDeclaring(last && in.empty());
     if (stages_.empty()) setForm(Form::target);
     if (in.empty()) return;
   }
   decode(in, last);
+}
+
+void Converter::endDeclaring(bool last) {
+  isDeclaring_ = false;
+  const std::string head = withDeclared(middle_.view(), nameOf(target_));
+  middle_.clear();
+  middle_.append(head);
+  takeThroughStages(last);
 }
 
 void Converter::decode(std::string_view in, bool last) {
@@ -292,10 +246,19 @@ void Converter::takeThroughStages(bool last) {
     in->removePrefix(stages_[i]->apply(in->view(), last, staged_[i]));
     in = &staged_[i];
   }
+  const std::size_t size = isHeldBefore() ? wholeLines(in->view(), false, last) : in->size();
   const Byte* const begin = bytesOf(in->view().data());
   unheeded_.beginPiece(begin);
-  encoder_->decode(begin, begin + in->size(), true);
-  in->clear();
+  encoder_->decode(begin, begin + size, true);
+  in->removePrefix(size);
+}
+
+// How much of the text goes on: under strict only whole lines, unless one is too long to hold. At a
+// loss nothing of its line does.
+std::size_t Converter::wholeLines(std::string_view text, bool inUnits, bool last) const {
+  if (!options_.strict || (last && !isStopped())) return text.size();
+  const std::size_t lines = afterLastLineFeed(text, inUnits);
+  return isStopped() || text.size() - lines < kMostHeld ? lines : text.size();
 }
 
 }  // namespace sgbk::text

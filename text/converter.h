@@ -27,7 +27,7 @@ class Converter {
   void convert(std::string_view in, bool last);
   void reset();
 
-  std::string_view output() const { return out_.view(); }
+  std::string_view output() const { return out_.view().substr(0, out_.size() - held_); }
   const Account& account() const { return account_; }
   Source source() const { return source_; }
 
@@ -36,16 +36,21 @@ class Converter {
   void setSource(Source source);
   void setForm(Form form);
   void setReplacement(Form form);
+  bool hasMiddle() const { return isDeclaring_ || !stages_.empty() || isHeldBefore(); }
+  // Whether strict holds lines before they are encoded: in gbk-wide a line feed is written as other
+  // characters are, too.
+  bool isHeldBefore() const { return options_.strict && target_ == Target::gbkWide; }
+  bool isStopped() const { return options_.strict && account_.lost() != 0; }
   TableKey key(Codes codes, Form form) const;
 
   // The steps of a call, each handing on to the next.
-  void find(std::string_view in, bool last);
-  void holdLines(std::string_view in, bool last);
-  void stopAtLoss(std::string_view lines, bool last);
+  void find(std::string_view in, bool last, bool& isRefused);
   void declare(std::string_view in, bool last);
+  void endDeclaring(bool last);
   void decode(std::string_view in, bool last);
   void decodeCarried(std::string_view& in, bool last);
   void takeThroughStages(bool last);
+  std::size_t wholeLines(std::string_view text, bool inUnits, bool last) const;
 
   const Source asked_;
   const Target target_;
@@ -54,16 +59,12 @@ class Converter {
   bool isEnded_ = false;
   Account account_;
   Buffer out_;
+  std::size_t held_ = 0;  // bytes of it that stay: the beginning of a line, under strict
 
   // Finding the encoding.
   Source source_;
   std::unique_ptr<Detector> detector_;
   Buffer unfound_;  // input whose encoding is not known yet
-
-  // Holding lines under strict.
-  Buffer held_;             // the beginning of a line
-  std::uint64_t seen_ = 0;  // bytes of input before it
-  bool isLineStart_ = true;
 
   // Rewriting declarations.
   bool isDeclaring_ = false;

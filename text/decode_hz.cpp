@@ -15,8 +15,6 @@ class HzDecoder : public ByteDecoder<HzDecoder> {
   static constexpr Byte kEscape = '~';
   bool isAsciiMode() const { return !isGbMode_; }
 
-  void reset() override { isGbMode_ = false; }
-
   const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
     if (!isGbMode_) return p;
     const Byte* const begin = p;

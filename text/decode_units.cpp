@@ -1,7 +1,7 @@
 // UCS-2 in either byte order, with the surrogates of UTF-16.
 
 #include "byte_decoder.h"
-#include "core/unit_block.h"
+#include "core/vectors.h"
 
 namespace sgbk::text {
 namespace {
@@ -60,9 +60,9 @@ class UnitDecoder : public Decoder {
   template <Ascii form, bool references>
   int takeAscii(const Byte* p, const Byte* end, char*& out) {
     if (end - p < 2 * kBlockUnits) return 0;
-    Units units = loadUnits(p);
+    Units units = sgbk::load<Units>(p);
     if (isBigEndian) units = units << 8 | units >> 8;
-    if (!everyBit(unitsWithin(units, 0, 0x7F))) return 0;
+    if (!everyBit(within(units, 0, 0x7F))) return 0;
     const Block block = lowBytes(units);
     if (references && firstByteEqualTo(block, '&') != 0) return 0;
     out = putAsciiBlock<form>(block, kBlockUnits, entries_, out);

@@ -14,7 +14,7 @@ void Decoder::setOutput(const CodeTable& table, Buffer& out) {
   table_ = &table;
   unicode_ = table.key.codes == Codes::unicode ? &table : nullptr;
   entries_ = table.entries.data();
-  const Entry capital = entries_['A'];
+  const Entry capital = entries_[Byte{'A'}];
   if (sizeOf(capital) == 2) {
     ascii_ = (capital & 0xFFFF) == 'A' ? Ascii::units : Ascii::wide;
   } else {

@@ -38,9 +38,6 @@ class Decoder {
   // Returns  where it stopped; a character that may go on is left
   virtual const Byte* decode(const Byte* p, const Byte* end, bool ended) = 0;
 
-  // A new input begins.
-  virtual void reset() {}
-
   // Before decode(): what to write, and where.
   void setOutput(const CodeTable& table, Buffer& out);
 

@@ -29,13 +29,12 @@ constexpr std::uint64_t kClearDistance = 4;
 // In Big5 nearly half of the trail bytes in any text are below A1, and in GB 2312 none.
 constexpr std::uint64_t kPairsToLowTrail = 4;
 
-constexpr std::pair<std::string_view, Source> kMarks[] = {
-    {"\xEF\xBB\xBF", Source::utf8},
-    {"\xFF\xFE", Source::ucs2le},
-    {"\xFE\xFF", Source::ucs2be},
-    {"\x84\x31\x95\x33", Source::gbk},
+// Byte-order marks; those of UTF-32, which is not read, come before what they begin with.
+constexpr std::pair<std::string_view, std::optional<Source>> kMarks[] = {
+    {"\xFF\xFE\0\0"sv, std::nullopt}, {"\0\0\xFE\xFF"sv, std::nullopt},
+    {"\xEF\xBB\xBF", Source::utf8},   {"\xFF\xFE", Source::ucs2le},
+    {"\xFE\xFF", Source::ucs2be},     {"\x84\x31\x95\x33", Source::gbk},
 };
-constexpr std::string_view kUtf32Marks[] = {"\xFF\xFE\0\0"sv, "\0\0\xFE\xFF"sv};
 
 // Of simplified GBK: punctuation, full-width ASCII, and the ideographs that GB 2312 has first, more
 // than 99 % of most texts.
@@ -45,35 +44,33 @@ constexpr bool isCommon(Byte lead, Byte trail) {
   return trail >= 0xA1 && (lead == 0xA3 || (lead >= 0xB0 && lead <= 0xD7));
 }
 
+// A char may have a sign or not.
+constexpr bool isAsciiCharacter(char c) { return static_cast<signed char>(c) > 0; }
+
 constexpr bool isUnits(Source source) {
   return source == Source::ucs2le || source == Source::ucs2be;
 }
 
 }  // namespace
 
-Source ucs2Order(std::string_view start) {
-  return start.starts_with("\xFE\xFF") ? Source::ucs2be : Source::ucs2le;
-}
-
-Detector::Reading::Reading(Source readAs)
-    : source(readAs), account(std::make_unique<Account>()), out(std::make_unique<Buffer>()) {
+Detector::Reading::Reading(Source readAs) : source(readAs) {
   static const std::optional<Buffer> kNoReplacement;
-  decoder = makeDecoder(source, {*account, false, kNoReplacement});
+  decoder = makeDecoder(source, {account, false, kNoReplacement});
   TableKey key;
   key.codes = codesOf(source);
-  decoder->setOutput(codeTable(key), *out);
+  decoder->setOutput(codeTable(key), out);
 }
 
 void Detector::Reading::take(std::string_view held, bool ended) {
   const Byte* const begin = bytesOf(held.data()) + taken;
-  account->beginPiece(begin);
+  account.beginPiece(begin);
   const Byte* const end = decoder->decode(begin, bytesOf(held.data()) + held.size(), ended);
-  account->endPiece(end);
+  account.endPiece(end);
   taken += static_cast<std::size_t>(end - begin);
   for (const Byte* p = begin; source == Source::big5 && end - p > 1; ++p) {
     if (!isAscii(*p)) lowTrails += isAscii(*++p);
   }
-  const std::string_view text = out->view();
+  const std::string_view text = out.view();
   for (std::size_t i = 0; i < text.size(); ++i) {
     const auto b = static_cast<Byte>(text[i]);
     nuls += b == '\0';
@@ -81,16 +78,16 @@ void Detector::Reading::take(std::string_view held, bool ended) {
     ++beyond;
     rare += !isCommon(b, static_cast<Byte>(text[++i]));
   }
-  out->clear();
+  out.clear();
 }
 
 std::uint64_t Detector::Reading::strangeness() const {
   const std::uint64_t wanted = source == Source::big5 ? beyond / kPairsToLowTrail : 0;
-  return rare + kLossWeight * (account->lost() + nuls) + wanted - std::min(wanted, lowTrails);
+  return rare + kLossWeight * (account.lost() + nuls) + wanted - std::min(wanted, lowTrails);
 }
 
 std::uint64_t Detector::Reading::bad() const {
-  const auto& reasons = account->counts().reasons;
+  const auto& reasons = account.counts().reasons;
   return reasons[SGBK_MALFORMED] + reasons[SGBK_UNDEFINED];
 }
 
@@ -107,18 +104,18 @@ bool Detector::isHz(std::string_view line) {
   const std::string text = std::string(line.substr(0, line.find_last_not_of("~\r\n") + 1)) + '\x7F';
   Reading reading(Source::hz);
   reading.take(text, true);
-  return reading.account->lost() == 0 && reading.beyond != 0 && 2 * reading.rare <= reading.beyond;
+  return reading.account.lost() == 0 && reading.beyond != 0 && 2 * reading.rare <= reading.beyond;
 }
 
 // How much is ASCII, up to what may begin something else.
 std::size_t Detector::asciiPrefix(std::string_view held, bool ended) const {
   std::size_t size = 0;
-  while (size < held.size() && held[size] > '\0') {
+  while (size < held.size() && isAsciiCharacter(held[size])) {
     const std::string_view rest = held.substr(size, 2);
     if (rest == "~{" || (rest == "~" && !ended)) break;
     size += rest == "~~" ? 2 : 1;
   }
-  const bool hasLine = size >= kSurelyLine && held.substr(0, size).rfind('\n') + 1 >= kSurelyLine;
+  const bool hasLine = held.substr(0, size).rfind('\n') + 1 >= kSurelyLine;
   const bool isSure =
       released_ != 0 || size >= kSurelyAscii || hasLine || (ended && size == held.size());
   return isSure ? size : 0;
@@ -145,15 +142,12 @@ void Detector::add(std::string_view held, bool ended) {
 Detector::Verdict Detector::look(std::string_view held, bool ended) {
   Verdict verdict;
   if (released_ == 0 && judged_ == 0) {
-    for (const std::string_view mark : kUtf32Marks) {
-      if (held.starts_with(mark)) isUtf32_ = verdict.isRefused = true;
-      if (isUtf32_ || (!ended && held.size() < mark.size() && mark.starts_with(held)))
-        return verdict;
-    }
     for (const auto& [mark, source] : kMarks) {
-      if (held.starts_with(mark)) verdict.source = source;
-      if (verdict.source || (!ended && held.size() < mark.size() && mark.starts_with(held)))
-        return verdict;
+      if (held.starts_with(mark)) {
+        isUtf32_ = !source;
+        return {0, source, isUtf32_};
+      }
+      if (!ended && mark.starts_with(held)) return verdict;
     }
   }
   for (;;) {
@@ -173,7 +167,7 @@ Detector::Verdict Detector::look(std::string_view held, bool ended) {
     if (isLast && !isAll && !isFull) return verdict;
     const std::size_t end = isLast ? rest.size() : lineFeed + 1;
     const std::string_view line = rest.substr(0, end);
-    if (judged_ == 0 && std::ranges::all_of(line, [](char c) { return c > '\0'; })) {
+    if (judged_ == 0 && std::ranges::all_of(line, isAsciiCharacter)) {
       if (isHz(line)) verdict.source = Source::hz;
       // In UTF-16 a NUL may follow.
       const bool isSure = released_ != 0 || end >= kSurelyAscii;
@@ -204,15 +198,15 @@ const Detector::Reading* Detector::declared(std::string_view held) const {
   const std::string head = head_ + std::string(held.substr(0, kDeclarationBytes - head_.size()));
   const auto source = sourceNamed(declaredEncoding(head));
   for (const Reading& reading : readings_) {
-    const std::uint64_t malformed = reading.account->counts().reasons[SGBK_MALFORMED];
+    const std::uint64_t malformed = reading.account.counts().reasons[SGBK_MALFORMED];
     if (source == reading.source && 100 * malformed < reading.beyond) return &reading;
   }
   return nullptr;
 }
 
 std::optional<Source> Detector::decide(std::string_view held, bool ended) const {
-  const Reading& utf8 = readings_[0];
-  const Reading& gbk = readings_[1];
+  const Reading& utf8 = readings_.front();
+  const Reading& gbk = *std::next(readings_.begin());
   const bool isUtf8 = utf8Weight_ >= (ended ? 1 : 2) * kSequenceWeight &&
                       utf8Weight_ >= kSequenceWeight * kSequencesToBad * (utf8.bad() + utf8.nuls);
   const bool isNoGbk = others_ == 0 || utf8.strangeness() == 0 || gbk.strangeness() != 0;
@@ -222,7 +216,7 @@ std::optional<Source> Detector::decide(std::string_view held, bool ended) const 
   const std::uint64_t strange = best.strangeness();
   const Reading* const declared = this->declared(held);
   if (declared != nullptr && declared->strangeness() == strange) return declared->source;
-  const std::uint64_t size = isUnits(best.source) ? best.account->counts().characters : best.beyond;
+  const std::uint64_t size = isUnits(best.source) ? best.account.counts().characters : best.beyond;
   const bool isClear = readings[1]->strangeness() >= kClearRatio * strange + kClearDistance;
   if (isClear && !isUtf8 && kClearRatio * strange <= size) return best.source;
   if (ended && declared != nullptr) return declared->source;
@@ -236,7 +230,7 @@ std::string Detector::advice() const {
   for (const Reading* reading : ranked()) {
     sentence.append(separator).append(nameOf(reading->source)).append(" (");
     sentence += std::to_string(reading->bad()) + " of " +
-                std::to_string(reading->account->counts().characters) +
+                std::to_string(reading->account.counts().characters) +
                 " characters would be lost, " + std::to_string(reading->rare) + " are rare)";
     separator = ", then ";
   }

@@ -3,6 +3,7 @@
 #ifndef SGBK_TEXT_DETECT_H
 #define SGBK_TEXT_DETECT_H
 
+#include <list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,8 +44,8 @@ class Detector {
     std::uint64_t bad() const;  // malformed, or of the right shape without a character
 
     Source source;
-    std::unique_ptr<Account> account;
-    std::unique_ptr<Buffer> out;
+    Account account;
+    Buffer out;
     std::unique_ptr<Decoder> decoder;
     std::size_t taken = 0;     // bytes of the input
     std::uint64_t beyond = 0;  // characters beyond ASCII
@@ -61,18 +62,15 @@ class Detector {
   std::optional<Source> decide(std::string_view held, bool ended) const;
   const Reading* declared(std::string_view held) const;
 
-  std::string head_;               // the first bytes of the input, for declarations
-  std::size_t released_ = 0;       // bytes that were ASCII
-  std::size_t judged_ = 0;         // bytes of `held` that have been read
-  std::uint64_t highBytes_ = 0;    // of 80 and more
-  std::uint64_t others_ = 0;       // of these, from C4 on: no accents of Western Europe in UTF-8
-  std::uint64_t utf8Weight_ = 0;   // how much speaks for UTF-8
-  std::vector<Reading> readings_;  // as UTF-8 and GBK first
+  std::string head_;              // the first bytes of the input, for declarations
+  std::size_t released_ = 0;      // bytes that were ASCII
+  std::size_t judged_ = 0;        // bytes of `held` that have been read
+  std::uint64_t highBytes_ = 0;   // of 80 and more
+  std::uint64_t others_ = 0;      // of these, from C4 on: no accents of Western Europe in UTF-8
+  std::uint64_t utf8Weight_ = 0;  // how much speaks for UTF-8
+  std::list<Reading> readings_;   // as UTF-8 and GBK first
   bool isUtf32_ = false;
 };
-
-// By the byte-order mark, little-endian without one.
-Source ucs2Order(std::string_view start);
 
 }  // namespace sgbk::text
 

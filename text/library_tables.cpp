@@ -88,9 +88,6 @@ LibraryTables::LibraryTables() {
   }
 }
 
-const LibraryTables& libraryTables() {
-  static std::atomic<const LibraryTables*> slot;
-  return madeOnce(slot);
-}
+const LibraryTables& libraryTables() { return madeOnce<LibraryTables>(); }
 
 }  // namespace sgbk::text

@@ -9,8 +9,10 @@
 
 namespace sgbk::text {
 
+// The one T of the process.
 template <class T>
-const T& madeOnce(std::atomic<const T*>& slot) {
+const T& madeOnce() {
+  static std::atomic<const T*> slot;
   if (const T* const there = slot.load(std::memory_order_acquire)) return *there;
   auto made = std::make_unique<const T>();
   const T* first = nullptr;

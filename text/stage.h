@@ -19,9 +19,6 @@ class Stage {
   // ended    nothing follows
   // Returns  the bytes used; what depends on text still to come is not, and comes again with it
   virtual std::size_t apply(std::string_view text, bool ended, Buffer& out) = 0;
-
-  // A new input begins.
-  virtual void reset() = 0;
 };
 
 // Blanks, decoration and long runs of punctuation are thinned, as by trimgPunc on each line

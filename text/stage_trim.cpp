@@ -109,13 +109,7 @@ class TrimStage : public Stage {
     takeBackBlanks();
     if (!ended) pending_.append({to_, static_cast<std::size_t>(end - to_)});
     out.setEnd(to_);
-    if (ended) reset();
     return static_cast<std::size_t>(p - text.data());
-  }
-
-  void reset() override {
-    state_ = kStart;
-    pending_.clear();
   }
 
  private:
@@ -132,39 +126,50 @@ class TrimStage : public Stage {
     char* to = to_;
     Byte state = state_;
     Run runs[2] = {run_};
-    while (p != end) {
-      // Pages are indented: a quarter of them is such blanks.
-      while (*p == ' ' && end - p > kBlockBytes && kSteps[state][kBlank].keeps == 0 &&
-             loadBlock(bytesOf(p)) == inEveryByte(' ') && state < kLong) {
-        p += kBlockBytes;
-      }
-      // Every buffer has a byte after its end.
-      const gchar_t unit = loadUnit(bytesOf(p));
-      unsigned size = 1;
-      Kind kind = kinds[unit & 0x7F];
-      if ((unit & 0x80) != 0) {
-        size = 2;
-        kind = kinds[unit];
-      }
+    // False where it takes more than a look at the table.
+    const auto take = [&](const char* at, Kind kind, gchar_t unit, unsigned size) {
       const Step step = kSteps[state][kind];
-      if (step.next >= kOverflow) [[unlikely]] {
-        to_ = to;
-        state_ = state;
-        run_ = runs[0];
-        const char* const next =
-            step.next == kOverflow ? dropRun(p + size) : takeRare(p, end, ended);
-        to = to_;
-        state = state_;
-        if (next == nullptr) break;
-        p = next;
-        continue;
-      }
+      if (step.next >= kOverflow) [[unlikely]]
+        return false;
       // Where no run begins, the second one is written to, in place of a jump.
-      runs[step.next != kRun] = {p, to, state};
+      runs[step.next != kRun] = {at, to, state};
       storeUnit(to, unit);
       to += size & step.keeps;
-      p += size;
       state = step.next;
+      return true;
+    };
+    while (p != end) {
+      if (end - p > kBlockBytes && isAllAscii(loadBlock(bytesOf(p)))) {
+        // Pages are indented: a quarter of them is such blanks.
+        if (*p == ' ' && kSteps[state][kBlank].keeps == 0 && state < kLong &&
+            loadBlock(bytesOf(p)) == inEveryByte(' ')) {
+          p += kBlockBytes;
+          continue;
+        }
+        // Where the next one begins is known before what this one is.
+        const char* const blockEnd = p + kBlockBytes;
+        while (p != blockEnd && take(p, kinds[static_cast<Byte>(*p)], static_cast<Byte>(*p), 1))
+          ++p;
+        if (p == blockEnd) continue;
+      } else {
+        // Every buffer has a byte after its end.
+        const gchar_t unit = loadUnit(bytesOf(p));
+        const bool isPair = (unit & 0x80) != 0;
+        const unsigned size = isPair ? 2 : 1;
+        if (take(p, kinds[isPair ? unit : unit & 0x7F], unit, size)) {
+          p += size;
+          continue;
+        }
+      }
+      to_ = to;
+      state_ = state;
+      run_ = runs[0];
+      const bool isOverflow = kSteps[state][kindAt(p)].next == kOverflow;
+      const char* const next = isOverflow ? dropRun(p + sizeAt(p)) : takeRare(p, end, ended);
+      to = to_;
+      state = state_;
+      if (next == nullptr) break;
+      p = next;
     }
     to_ = to;
     state_ = state;
@@ -223,14 +228,12 @@ class TrimStage : public Stage {
     }
   }
 
+  Kind kindAt(const char* p) const {
+    return kinds_.of[sizeAt(p) == 2 ? loadUnit(bytesOf(p)) : static_cast<Byte>(*p)];
+  }
   static unsigned sizeAt(const char* p) { return isAscii(static_cast<Byte>(*p)) ? 1 : 2; }
 
-  static const Kinds& kinds() {
-    static std::atomic<const Kinds*> slot;
-    return madeOnce(slot);
-  }
-
-  const Kinds& kinds_ = kinds();
+  const Kinds& kinds_ = madeOnce<Kinds>();
   Byte state_ = kStart;
   Run run_ = {};
   char* begin_ = nullptr;

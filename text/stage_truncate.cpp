@@ -15,13 +15,7 @@ class TruncateStage : public Stage {
     std::size_t used = 0;
     while (used != text.size() && takeLine(text, used, ended, out)) scanned_ = used;
     scanned_ = text.size() - used;
-    if (ended) reset();
     return used;
-  }
-
-  void reset() override {
-    scanned_ = 0;
-    isCut_ = false;
   }
 
  private:

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "converter.h"
-#include "library_tables.h"
 
 using namespace sgbk::text;
 
@@ -35,14 +34,19 @@ sgbk_result attempt(sgbk_converter* c, Work work) {
   }
 }
 
-template <class Name, class Find>
-const char* firstName(const char* name, Find find) {
+// What `work` returns, null when there is no memory.
+template <class Work>
+auto orNull(Work work) -> decltype(work()) {
   try {
-    const auto found = find(name);
-    return found ? nameOf(*found) : nullptr;
+    return work();
   } catch (const std::bad_alloc&) {
     return nullptr;
   }
+}
+
+template <class Encoding>
+const char* nameOf(std::optional<Encoding> encoding) {
+  return encoding ? nameOf(*encoding) : nullptr;
 }
 
 template <class Row>
@@ -56,13 +60,11 @@ const Row* table(std::span<const Row> rows, size_t* count) {
 extern "C" {
 
 sgbk_converter* sgbk_open(const char* from, const char* to) {
-  try {
+  return orNull([&] {
     const auto source = sourceNamed(from);
     const auto target = targetNamed(to);
     return source && target ? new sgbk_converter(*source, *target) : nullptr;
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  });
 }
 
 sgbk_result sgbk_set(sgbk_converter* c, const char* option, const char* value) {
@@ -99,19 +101,18 @@ void sgbk_reset(sgbk_converter* c) {
 void sgbk_close(sgbk_converter* c) { delete c; }
 
 const char* sgbk_detect(const void* in, size_t size, int whole) {
-  try {
-    libraryTables();
+  return orNull([&] {
     const std::string_view text(static_cast<const char*>(in), size);
-    Detector detector;
-    const auto verdict = detector.look(text, whole != 0);
-    return verdict.source ? nameOf(*verdict.source) : nullptr;
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+    return nameOf(Detector().look(text, whole != 0).source);
+  });
 }
 
-const char* sgbk_source_name(const char* name) { return firstName<Source>(name, sourceNamed); }
-const char* sgbk_target_name(const char* name) { return firstName<Target>(name, targetNamed); }
+const char* sgbk_source_name(const char* name) {
+  return orNull([&] { return nameOf(sourceNamed(name)); });
+}
+const char* sgbk_target_name(const char* name) {
+  return orNull([&] { return nameOf(targetNamed(name)); });
+}
 const sgbk_encoding* sgbk_sources(size_t* count) { return table(sources(), count); }
 const sgbk_encoding* sgbk_targets(size_t* count) { return table(targets(), count); }
 const sgbk_option* sgbk_options(size_t* count) { return table(optionTable(), count); }
