@@ -44,17 +44,14 @@ class Recoder {
 // Converts one character at a time.
 class Way {
  public:
-  Way(const char* from, const char* to, const char* option = nullptr)
-      : converter_(openConverter(from, to)) {
-    if (option != nullptr) sgbk_set(converter_.get(), option, nullptr);
+  Way(const char* from, const char* to) : converter_(from, to) {}
+  Way(const char* from, const char* to, const char* option) : Way(from, to) {
+    converter_.set(option);
   }
 
-  std::string operator()(const std::string& character) const {
+  std::string operator()(const std::string& character) {
     sgbk_reset(converter_.get());
-    const char* text = nullptr;
-    std::size_t size = 0;
-    sgbk_convert(converter_.get(), character.data(), character.size(), 1, &text, &size);
-    return {text, size};
+    return converter_.convert(character.data(), character.size(), true);
   }
 
   // Of the last character.
@@ -62,7 +59,7 @@ class Way {
   bool isReplaced() const { return sgbk_count(converter_.get())->reasons[SGBK_REPLACED] != 0; }
 
  private:
-  Converter converter_;
+  sgbk::Converter converter_;
 };
 
 constexpr char kLost[] = "no form, lost; kept in gb18030, utf-8 and utf-16le";
@@ -98,22 +95,20 @@ class Explainer {
     result_ += "  " + from + " -> " + to + ": " + why + "\n";
   }
 
-  std::string shown(const std::string& gbk) const {
-    return inHex(gbk, "") + " " + gbkToUnicode_(gbk);
-  }
-  std::string shownBig5(const std::string& big5) const {
+  std::string shown(const std::string& gbk) { return inHex(gbk, "") + " " + gbkToUnicode_(gbk); }
+  std::string shownBig5(const std::string& big5) {
     return "big5 " + inHex(big5, "") + " " + fromBig5_(big5);
   }
 
   // The character's own code of two bytes, empty if GBK has none.
-  std::string ownCode(const std::string& character) const {
+  std::string ownCode(const std::string& character) {
     const std::string code = toGbk_(character);
     gbkToUnicode_(code);
     return code.size() != 2 || gbkToUnicode_.isLost() ? "" : code;
   }
 
   // Why the character is written as `code`.
-  std::string reason(const std::string& character, const std::string& code) const {
+  std::string reason(const std::string& character, const std::string& code) {
     const std::string own = ownCode(character);
     if (code == own || code == character) return "its own code";
     if (own.empty()) return "nearest form, GBK has no code for the character itself";
@@ -143,12 +138,12 @@ class Explainer {
     if (traditional != big5) line(from, shownBig5(traditional), "with --traditional");
   }
 
-  const Way unicodeToGbk_{"utf-8", "gbk"};
-  const Way big5ToGbk_{"big5", "gbk"};
-  const Way gbkToGbk_{"gbk", "gbk"};
-  const Way gbkToUnicode_{"gbk", "utf-8", "no-simplify"};
-  const Way gbkToBig5_{"gbk", "big5", "no-simplify"};
-  const Way gbkToTraditional_{"gbk", "big5", "traditional"};
+  Way unicodeToGbk_{"utf-8", "gbk"};
+  Way big5ToGbk_{"big5", "gbk"};
+  Way gbkToGbk_{"gbk", "gbk"};
+  Way gbkToUnicode_{"gbk", "utf-8", "no-simplify"};
+  Way gbkToBig5_{"gbk", "big5", "no-simplify"};
+  Way gbkToTraditional_{"gbk", "big5", "traditional"};
   const Recoder toGbk_{"GB18030", "UTF-8"};
   const Recoder toBig5_{"BIG5", "UTF-8"};
   const Recoder toHongKong_{"BIG5-HKSCS", "UTF-8"};
@@ -158,9 +153,8 @@ class Explainer {
 
 // The encoding of the terminal. Without a locale, ASCII is all it would be.
 std::string terminalEncoding() {
-  const locale_t locale = newlocale(LC_CTYPE_MASK, "", nullptr);
-  const std::string name = locale != nullptr ? nl_langinfo_l(CODESET, locale) : "UTF-8";
-  if (locale != nullptr) freelocale(locale);
+  setlocale(LC_CTYPE, "");
+  const std::string name = nl_langinfo(CODESET);
   return name.starts_with("ANSI_X3.4") ? "UTF-8" : name;
 }
 

@@ -65,10 +65,10 @@ void LossReport::add(const sgbk_converter* converter) {
   }
 }
 
-void LossReport::finish(Placement& placement) {
+void LossReport::finish() {
   if (output_ == nullptr || isBroken_) return;
   flush();
-  placement.add(std::move(output_), {});
+  output_->putInPlace();
 }
 
 void LossReport::flush() {

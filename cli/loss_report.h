@@ -30,7 +30,7 @@ class LossReport {
   void begin(const std::string& input);
   // Adds the losses of the last call for `converter`.
   void add(const sgbk_converter* converter);
-  void finish(Placement& placement);
+  void finish();
 
  private:
   void flush();

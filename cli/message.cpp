@@ -1,5 +1,6 @@
 #include "message.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace cli {
@@ -7,9 +8,25 @@ namespace {
 
 template <class... Values>
 std::string formatted(const char* format, Values... values) {
-  char text[16];
+  char text[128];
   std::snprintf(text, sizeof text, format, values...);
   return text;
+}
+
+// "1.4 GiB"
+std::string inUnits(double bytes) {
+  constexpr const char* kUnits[] = {"B", "KiB", "MiB", "GiB", "TiB"};
+  int unit = 0;
+  for (; bytes >= 1024 && unit < 4; ++unit) bytes /= 1024;
+  return formatted(unit == 0 ? "%.0f %s" : "%.1f %s", bytes, kUnits[unit]);
+}
+
+Status worst = Status::done;
+bool isProgressOnScreen = false;
+
+void clearProgress() {
+  if (isProgressOnScreen) std::fputs("\r\x1B[K", stderr);
+  isProgressOnScreen = false;
 }
 
 }  // namespace
@@ -49,7 +66,36 @@ std::string inHex(std::string_view bytes, const char* between) {
 std::string codePointName(std::uint32_t c) { return formatted("U+%04X", c); }
 
 void printMessage(std::string_view text) {
+  clearProgress();
   std::fprintf(stderr, "sgbk: %s\n", escaped(text).c_str());
+}
+
+void tell(Status status, std::string_view text) {
+  if (!text.empty()) printMessage(text);
+  worst = std::max(worst, status);
+}
+
+Status worstStatus() { return worst; }
+
+Progress::~Progress() { clearProgress(); }
+
+void Progress::add(std::uint64_t bytes) {
+  bytes_ += bytes;
+  const auto now = Clock::now();
+  if (!isShown_ || now < next_) return;
+  next_ = now + std::chrono::milliseconds(250);
+  const auto done = static_cast<double>(bytes_);
+  const double rate = done / std::chrono::duration<double>(now - start_).count();
+  std::string line = inUnits(done);
+  if (total_ && *total_ != 0) {
+    const auto total = static_cast<double>(*total_);
+    const auto left = static_cast<unsigned>(std::max(0.0, total - done) / rate);
+    line += formatted(" of %s, %.0f %%, %u:%02u left", inUnits(total).c_str(),
+                      100 * std::min(done / total, 1.0), left / 60, left % 60);
+  }
+  std::fprintf(stderr, "\r%s, %s/s\x1B[K", line.c_str(), inUnits(rate).c_str());
+  std::fflush(stderr);
+  isProgressOnScreen = true;
 }
 
 }  // namespace cli

@@ -8,6 +8,7 @@
 namespace cli {
 namespace {
 
+// An argument in brackets may be left out.
 constexpr sgbk_option kOwn[] = {
     {"from", "NAME", 'f', "encoding of the input (auto)"},
     {"to", "NAME", 't', "encoding of the output (gbk)"},
@@ -33,6 +34,8 @@ constexpr sgbk_option kOwn[] = {
 constexpr option kOtherNames[] = {{"from-code", required_argument, nullptr, 'f'},
                                   {"to-code", required_argument, nullptr, 't'},
                                   {"silent", no_argument, nullptr, 's'}};
+
+bool isOptional(const char* argument) { return argument != nullptr && *argument == '['; }
 
 [[noreturn]] void refuse(const std::string& message) { throw UsageError(message); }
 
@@ -173,8 +176,6 @@ bool Options::isToStandardOutput() const {
   return !has("check") && !isEach() && (output == "-" || output == "/dev/stdout");
 }
 
-std::span<const sgbk_option> ownOptions() { return kOwn; }
-
 std::span<const sgbk_option> textOptions() {
   std::size_t count = 0;
   const sgbk_option* const rows = sgbk_options(&count);
@@ -203,7 +204,7 @@ std::string helpText() {
          "Convert Chinese text to simplified GBK and say what was lost. Without FILE, or for "
          "\"-\",\n"
          "read standard input.\n\n" +
-         helpFor(ownOptions()) + "\nWhat is done to the text:\n" + helpFor(textOptions()) +
+         helpFor(kOwn) + "\nWhat is done to the text:\n" + helpFor(textOptions()) +
          "\n--from-code, --to-code, -c, -s, and //IGNORE or //TRANSLIT after the name of an "
          "encoding\n"
          "are understood as in iconv.\n"

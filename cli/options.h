@@ -34,10 +34,8 @@ struct Options {
   bool isToStandardOutput() const;
 };
 
-// As sgbk_options() gives them; an argument in brackets may be left out.
-std::span<const sgbk_option> ownOptions();
+// As sgbk_options() gives them.
 std::span<const sgbk_option> textOptions();
-inline bool isOptional(const char* argument) { return argument != nullptr && *argument == '['; }
 
 // Throws UsageError.
 Options parseOptions(int argc, char** argv);

@@ -2,12 +2,16 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <set>
 
 #include "input.h"
 
@@ -58,13 +62,45 @@ mode_t modeOfNewFiles() {
   return 0666 & ~mask;
 }
 
-// Calls a function like fsync() until no signal comes between; returns errno, 0 for success.
-template <class Call>
-int uninterrupted(Call call, int fd) {
-  while (call(fd) != 0) {
-    if (errno != EINTR) return errno;
+// The names of new files that are not in place yet. They change only while signals are held, so
+// that the handler sees them whole.
+std::set<std::string> temporaries;
+
+// Signals wait while one of these lives.
+class SignalsHeld {
+ public:
+  SignalsHeld() {
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_BLOCK, &all, &before_);
   }
-  return 0;
+  ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  SignalsHeld(const SignalsHeld&) = delete;
+  SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+ private:
+  sigset_t before_;
+};
+
+extern "C" void removeAllAndEnd(int signal) {
+  for (const std::string& name : temporaries) unlink(name.c_str());
+  // The default action was restored when the handler was called.
+  raise(signal);
+}
+
+// Every signal that would end the process, so that new files stay after SIGKILL alone: SIGPIPE
+// comes from messages that nobody reads any more, SIGXFSZ from a limit on the size of files.
+bool catchSignals() {
+  constexpr int kHarmless[] = {SIGCHLD, SIGCONT, SIGURG, SIGWINCH, SIGTSTP, SIGTTIN, SIGTTOU};
+  for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+    if (std::ranges::count(kHarmless, signal) != 0) continue;
+    struct sigaction action;
+    if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;
+    action.sa_handler = removeAllAndEnd;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigaction(signal, &action, nullptr);
+  }
+  return true;
 }
 
 }  // namespace
@@ -98,14 +134,18 @@ Output::Output(const std::string& path) : name_(path == "-" ? "standard output" 
 }
 
 void Output::openBeside(const std::string& path) {
+  static const bool isCaught = catchSignals();
+  static_cast<void>(isCaught);
   target_ = resolved(path);
   if (old_ && access(target_.c_str(), W_OK) != 0) fail("cannot be written", errno);
   const std::string folder = folderOf(target_);
-  temporary_.emplace(folder);
-  fd_ = temporary_->fd();
+  const SignalsHeld held;
+  std::string name = folder + ".sgbk-XXXXXX";
+  fd_ = mkostemp(name.data(), O_CLOEXEC);
   if (fd_ < 0) {
     fail("cannot make a new file in its folder, " + (folder.empty() ? "." : folder), errno);
   }
+  temporaries.insert(temporary_ = name);
 }
 
 // Only root may give files away, and others only to groups of theirs. The mode comes last, as
@@ -124,12 +164,14 @@ void Output::takeOverOwnerAndMode() {
 
 Output::~Output() {
   if (fd_ > 2) close(fd_);
+  if (temporary_.empty()) return;
+  const SignalsHeld held;
+  unlink(temporary_.c_str());
+  temporaries.erase(temporary_);
 }
 
 void Output::fail(const std::string& what, int error) const {
-  OutputFailure failure(name_ + ": " + what + ": " + std::strerror(error));
-  failure.isQuiet = error == EPIPE;
-  throw failure;
+  throw OutputFailure(error == EPIPE ? "" : name_ + ": " + what + ": " + std::strerror(error));
 }
 
 void Output::write(std::string_view text) {
@@ -144,9 +186,10 @@ void Output::write(std::string_view text) {
 }
 
 void Output::finish(bool isSynced) {
-  if (temporary_) takeOverOwnerAndMode();
-  const int error = isSynced ? uninterrupted(fsync, fd_) : 0;
-  if (error != 0) fail("write error", error);
+  if (!isDirect()) takeOverOwnerAndMode();
+  while (isSynced && fsync(fd_) != 0) {
+    if (errno != EINTR) fail("write error", errno);
+  }
   const int fd = fd_;
   fd_ = -1;
   // After a signal, too, the descriptor is closed.
@@ -154,7 +197,8 @@ void Output::finish(bool isSynced) {
 }
 
 void Output::putInPlace(const std::string& backup) {
-  if (!temporary_) return;
+  if (fd_ >= 0) finish(!isDirect() && old_);
+  if (isDirect()) return;
   // A signal would leave a backup of a file that is still there.
   const SignalsHeld held;
   bool isLinked = false;
@@ -166,7 +210,14 @@ void Output::putInPlace(const std::string& backup) {
       fail("cannot keep the old file as " + backup, errno);
     }
   }
-  if (temporary_->rename(target_, !old_)) return;
+  int result = renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, target_.c_str(),
+                         old_ ? 0 : RENAME_NOREPLACE);
+  // Some file systems know only the plain call.
+  if (result != 0 && errno == EINVAL) result = rename(temporary_.c_str(), target_.c_str());
+  if (result == 0) {
+    temporaries.erase(temporary_);
+    return temporary_.clear();
+  }
   const int error = errno;
   if (isLinked) {
     unlink(backup.c_str());
@@ -174,56 +225,6 @@ void Output::putInPlace(const std::string& backup) {
     rename(backup.c_str(), target_.c_str());
   }
   fail("cannot be put in place", error);
-}
-
-Placement::~Placement() {
-  for (const auto& [device, fd] : devices_) close(fd);
-}
-
-void Placement::add(std::unique_ptr<Output> output, const std::string& backup) {
-  constexpr int kOneByOne = 4;
-  constexpr off_t kSmall = 1 << 20;
-  constexpr off_t kMostBytes = 256 << 20;
-  constexpr std::size_t kMost = 4096;
-  if (output->isDirect() || !output->old()) {
-    output->finish(false);
-    return output->putInPlace();
-  }
-  struct stat status;
-  if (fstat(output->fd(), &status) != 0) output->fail("write error", errno);
-  if (status.st_size > kSmall || synced_ < kOneByOne) {
-    ++synced_;
-    output->finish(true);
-    return output->putInPlace(backup);
-  }
-  if (!devices_.contains(status.st_dev)) {
-    const int fd = fcntl(output->fd(), F_DUPFD_CLOEXEC, 3);
-    if (fd < 0) output->fail("write error", errno);
-    devices_.emplace(status.st_dev, fd);
-  }
-  output->finish(false);
-  waiting_.push_back({std::move(output), backup, status.st_dev});
-  bytes_ += status.st_size;
-  if (bytes_ > kMostBytes || waiting_.size() == kMost) flush();
-}
-
-void Placement::flush() {
-  std::map<dev_t, int> errors;
-  for (const auto& [device, fd] : devices_) {
-    errors[device] = uninterrupted(syncfs, fd);
-    close(fd);
-  }
-  devices_.clear();
-  bytes_ = 0;
-  for (const auto& [output, backup, device] : waiting_) {
-    try {
-      if (errors[device] != 0) output->fail("write error", errors[device]);
-      output->putInPlace(backup);
-    } catch (const OutputFailure& failure) {
-      onFailure_(failure);
-    }
-  }
-  waiting_.clear();
 }
 
 }  // namespace cli

@@ -1,11 +1,13 @@
 #include "run.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <set>
 
 #include "conversion.h"
@@ -15,6 +17,10 @@ namespace cli {
 namespace {
 
 namespace fs = std::filesystem;
+
+void tellOf(const std::string& path, const InputFailure& failure) {
+  tell(Status::failure, nameOfInput(path) + ": " + failure.what());
+}
 
 // The names in a list, each ended by a NUL character or, where there is none, by a line feed.
 std::vector<std::string> namesIn(const std::string& list) {
@@ -37,10 +43,7 @@ std::vector<std::string> namesIn(const std::string& list) {
 class Run {
  public:
   explicit Run(const Options& options)
-      : options_(options),
-        total_(takeNotes()),
-        conversion_(options, total_),
-        placement_([this](const OutputFailure& failure) { tell(failure); }) {
+      : options_(options), total_(takeNotes()), conversion_(options, total_) {
     if (const Output* const report = conversion_.report().output()) {
       refuseInputAs(*report);
       if (!report->isDirect()) taken_.insert(placeOf(report->name()));
@@ -50,20 +53,14 @@ class Run {
     }
   }
 
-  Status convertAll() {
+  void convertAll() {
     try {
       options_.isEach() ? convertEach() : convertToOne();
     } catch (const OutputFailure& failure) {
-      tell(failure);
+      tell(Status::failure, failure.what());
     }
-    placement_.flush();
-    try {
-      conversion_.report().finish(placement_);
-      placement_.flush();
-    } catch (const OutputFailure& failure) {
-      tell(failure);
-    }
-    return conversion_.status();
+    putAllInPlace();
+    conversion_.report().finish();
   }
 
  private:
@@ -91,14 +88,18 @@ class Run {
     }
     bool isComplete = true;
     for (const std::string& path : options_.files) {
-      std::uint64_t lost = 0;
-      const Outcome outcome = conversion_.convert(path, output.get(), lost);
-      isComplete = isComplete && outcome == Outcome::converted;
-      if (outcome == Outcome::stoppedAtLoss) break;
+      try {
+        if (conversion_.convert(path, output.get())) continue;
+        isComplete = false;
+        break;
+      } catch (const InputFailure& failure) {
+        tellOf(path, failure);
+        isComplete = false;
+      }
     }
     if (!output) return;
     if (isComplete || output->isDirect()) {
-      placement_.add(std::move(output), {});
+      output->putInPlace();
     } else {
       printMessage(output->name() + ": not put in place");
     }
@@ -107,51 +108,91 @@ class Run {
   void convertEach() {
     for (const std::string& path : options_.files) {
       try {
-        if (convertAlone(path) == Outcome::stoppedAtLoss) return;
+        if (!convertAlone(path)) return;
       } catch (const OutputFailure& failure) {
         if (conversion_.report().isBroken()) throw;
-        tell(failure);
+        tell(Status::failure, failure.what());
       } catch (const InputFailure& failure) {
-        refuse(path, failure.what());
+        tellOf(path, failure);
       }
     }
   }
 
-  // Converts a file to an output of its own.
-  Outcome convertAlone(const std::string& path) {
+  // Converts a file to an output of its own. False when a loss was not permitted.
+  bool convertAlone(const std::string& path) {
     const std::string target = isInPlace_ ? path : targetInFolder(path);
-    if (target.empty()) return refuse(path, "--output-dir takes neither absolute paths nor '..'");
+    if (target.empty()) throw InputFailure("--output-dir takes neither absolute paths nor '..'");
     const auto there = fileAt(path);
-    if (!there) return refuse(path, std::strerror(errno));
-    if (isInPlace_ && !S_ISREG(there->st_mode)) return refuse(path, "not a regular file");
+    if (!there) throw InputFailure(std::strerror(errno));
+    if (isInPlace_ && !S_ISREG(there->st_mode)) throw InputFailure("not a regular file");
     // What has been converted is not in the encoding of the input any more.
     if (!taken_.insert(placeOf(target)).second) {
-      return refuse(path,
-                    isInPlace_ ? "is replaced or kept already" : "another output has its name");
+      throw InputFailure(isInPlace_ ? "is replaced or kept already"
+                                    : "another output has its name");
     }
     const std::string backup = suffix_.empty() ? "" : path + suffix_;
-    if (!backup.empty() && !takeFreeName(backup)) return refuse(path, backup + " exists already");
+    if (!backup.empty() && !takeFreeName(backup)) throw InputFailure(backup + " exists already");
     if (isInPlace_ && !options_.has("force")) {
       if (const char* const other = conversion_.otherEncoding(path)) {
-        conversion_.tell(Status::losses, path + ": left as it was: it looks like " + other +
-                                             ", not " + options_.value("from") +
-                                             "; --force converts it all the same");
-        return Outcome::converted;
+        tell(Status::losses, path + ": left as it was: it looks like " + other + ", not " +
+                                 options_.value("from") + "; --force converts it all the same");
+        return true;
       }
     }
     if (!isInPlace_) makeFolderOf(target);
     auto output = std::make_unique<Output>(target);
-    if (isInPlace_ && output->isDirect()) return refuse(path, "is being written");
+    if (isInPlace_ && output->isDirect()) throw InputFailure("is being written");
     if (!isInPlace_) refuseInputAs(*output);
-    std::uint64_t lost = 0;
-    const Outcome outcome = conversion_.convert(path, output.get(), lost);
-    if (outcome != Outcome::converted) return outcome;
-    if (lost != 0 && options_.has("fail-on-loss")) {
+    if (!conversion_.convert(path, output.get())) return false;
+    if (conversion_.lost() != 0 && options_.has("fail-on-loss")) {
       printMessage(target + (output->old() ? ": left as it was" : ": not written"));
     } else {
-      placement_.add(std::move(output), backup);
+      place(std::move(output), backup);
     }
-    return outcome;
+    return true;
+  }
+
+  // What replaces a file has to be on the disk before: a few are brought there one by one,
+  // thousands of small ones together, as that takes no longer than one.
+  void place(std::unique_ptr<Output> output, const std::string& backup) {
+    constexpr int kOneByOne = 4;
+    constexpr off_t kSmall = 1 << 20;
+    constexpr off_t kMostBytes = 256 << 20;
+    constexpr std::size_t kMost = 4096;
+    if (output->isDirect() || !output->old()) return output->putInPlace();
+    struct stat status;
+    if (fstat(output->fd(), &status) != 0) output->fail("write error", errno);
+    if (status.st_size > kSmall || placedAlone_ < kOneByOne) {
+      ++placedAlone_;
+      return output->putInPlace(backup);
+    }
+    if (status.st_dev != device_) putAllInPlace();
+    if (onDevice_ < 0) {
+      device_ = status.st_dev;
+      onDevice_ = fcntl(output->fd(), F_DUPFD_CLOEXEC, 3);
+      if (onDevice_ < 0) output->fail("write error", errno);
+    }
+    output->finish(false);
+    waiting_.emplace_back(std::move(output), backup);
+    waitingBytes_ += status.st_size;
+    if (waitingBytes_ > kMostBytes || waiting_.size() == kMost) putAllInPlace();
+  }
+
+  void putAllInPlace() {
+    if (onDevice_ < 0) return;
+    int error = EINTR;
+    while (error == EINTR) error = syncfs(onDevice_) == 0 ? 0 : errno;
+    close(std::exchange(onDevice_, -1));
+    for (const auto& [output, backup] : waiting_) {
+      try {
+        if (error != 0) output->fail("write error", error);
+        output->putInPlace(backup);
+      } catch (const OutputFailure& failure) {
+        tell(Status::failure, failure.what());
+      }
+    }
+    waiting_.clear();
+    waitingBytes_ = 0;
   }
 
   // Empty for a path that leads out of the folder.
@@ -183,15 +224,6 @@ class Run {
     }
   }
 
-  Outcome refuse(const std::string& path, const std::string& why) {
-    conversion_.tell(Status::failure, path + ": " + why);
-    return Outcome::unreadable;
-  }
-
-  void tell(const OutputFailure& failure) {
-    failure.isQuiet ? conversion_.fail() : conversion_.tell(Status::failure, failure.what());
-  }
-
   const Options& options_;
   const bool isInPlace_ = options_.has("in-place");
   const std::string suffix_ = options_.value("in-place");
@@ -199,23 +231,26 @@ class Run {
   std::set<std::string> taken_;  // places that are written or kept
   const std::optional<std::uint64_t> total_;
   Conversion conversion_;
-  Placement placement_;
+
+  // Outputs that wait to be put in place, all on one device.
+  std::vector<std::pair<std::unique_ptr<Output>, std::string>> waiting_;  // with their backups
+  off_t waitingBytes_ = 0;
+  dev_t device_ = 0;
+  int onDevice_ = -1;  // a descriptor
+  int placedAlone_ = 0;
 };
 
 }  // namespace
 
-Status convertFiles(Options options) try {
-  if (options.has("files-from")) {
-    for (std::string& name : namesIn(options.value("files-from")))
-      options.files.push_back(std::move(name));
+void convertFiles(Options options) {
+  try {
+    const std::string list = options.value("files-from");
+    const auto names = list.empty() ? std::vector<std::string>() : namesIn(list);
+    options.files.insert(options.files.end(), names.begin(), names.end());
+  } catch (const InputFailure& failure) {
+    return tellOf(options.value("files-from"), failure);
   }
-  return Run(options).convertAll();
-} catch (const OutputFailure& failure) {
-  printMessage(failure.what());
-  return Status::failure;
-} catch (const InputFailure& failure) {
-  printMessage(nameOfInput(options.value("files-from")) + ": " + failure.what());
-  return Status::failure;
+  Run(options).convertAll();
 }
 
 }  // namespace cli

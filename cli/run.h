@@ -3,13 +3,12 @@
 #ifndef SGBK_CLI_RUN_H
 #define SGBK_CLI_RUN_H
 
-#include "message.h"
 #include "options.h"
 
 namespace cli {
 
-// Throws UsageError before any file is touched.
-Status convertFiles(Options options);
+// Throws UsageError before any file is touched, and OutputFailure.
+void convertFiles(Options options);
 
 }  // namespace cli
 
