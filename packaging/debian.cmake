@@ -1,5 +1,6 @@
 # The Debian packages libsgbk1, libsgbk-dev, sgbk and python3-sgbk: `cpack` in a build of the preset "package".
-# scripts/test-packages makes them and tries them in a bare Debian.
+# scripts/test-packages makes them and tries them in a bare Debian. The preset "package-arm64" makes all but the
+# last for arm64.
 
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   return()
@@ -39,7 +40,7 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Chinese text to clean simplified GBK")
 set(CPACK_DEBIAN_LIBRARIES_DESCRIPTION
 "Converts Big5, traditional GBK, UCS-2, UTF-8 and HZ to simplified GBK, GBK to
 Big5 and to half-width text, and thins punctuation, as table look-ups that are
-safe on any input.")
+safe on any input. Tried on amd64, arm64, riscv64 and ppc64el.")
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_NAME libsgbk1)
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_CONTROL_EXTRA
