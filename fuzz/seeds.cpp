@@ -1,4 +1,4 @@
-// Writes the seeds of a fuzz target into the folder SGBK_FUZZ_SEEDS for libFuzzer, or runs them.
+// Runs the inputs of a fuzz target; writes its seeds into the folder SGBK_FUZZ_SEEDS for libFuzzer.
 
 #include "seeds.h"
 
@@ -7,7 +7,12 @@
 #include <fstream>
 #include <iterator>
 
-extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size);
+extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
+  const std::string fault = faultOf({data, size});
+  if (fault.empty()) return 0;
+  std::fprintf(stderr, "%s\n", fault.c_str());
+  std::abort();
+}
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   const char* const folder = std::getenv("SGBK_FUZZ_SEEDS");
@@ -28,11 +33,9 @@ int main(int argc, char** argv) {
   if (argc > 1) inputs.clear();
   for (int i = 1; i < argc; ++i) {
     std::ifstream file(argv[i], std::ios::binary);
-    inputs.push_back({argv[i], {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()}});
+    inputs.push_back({argv[i], {std::istreambuf_iterator<char>(file), {}}});
     if (inputs.back().input.empty()) return 1;
   }
-  for (const Seed& seed : inputs) {
-    LLVMFuzzerTestOneInput(reinterpret_cast<const unsigned char*>(seed.input.data()), seed.input.size());
-  }
+  for (const Seed& seed : inputs) LLVMFuzzerTestOneInput(seed.input.data(), seed.input.size());
 }
 #endif

@@ -1,4 +1,4 @@
-// What a fuzz target begins with.
+// What a fuzz target consists of.
 
 #ifndef SGBK_FUZZ_SEEDS_H
 #define SGBK_FUZZ_SEEDS_H
@@ -10,7 +10,10 @@ struct Seed {
   std::string name, input;
 };
 
-// Called once, before the first input.
+// What it begins with. Called once, before the first input.
 std::vector<Seed> seeds();
+
+// Empty, or what is wrong with this input.
+std::string faultOf(const std::string& input);
 
 #endif

@@ -53,18 +53,11 @@ std::vector<std::pair<std::string, std::string>> surroundings(const Operation& o
 }
 
 TEST_P(Agreement, OnEveryPairOfBytes) {
-  for (const auto& [before, behind] : surroundings(operation)) {
-    for (int code = 0; code < 65536; ++code) {
-      const std::string pair = {static_cast<char>(code & 0xFF), static_cast<char>(code >> 8)};
-      agreeWithRoom(before + pair + behind);
-    }
-  }
-}
-
-// All places of a block alike.
-TEST_P(Agreement, OnARunOfEveryPairOfBytes) {
+  const auto around = surroundings(operation);
   for (int code = 0; code < 65536; ++code) {
     const std::string pair = {static_cast<char>(code & 0xFF), static_cast<char>(code >> 8)};
+    for (const auto& [before, behind] : around) agreeWithRoom(before + pair + behind);
+    // All places of a block alike.
     std::string run = pair;
     for (int i = 0; i < 10; ++i) run += pair;
     agreeWithRoom(run);

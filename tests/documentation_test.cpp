@@ -3,53 +3,21 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include "support/hex.h"
 #include "support/operations.h"
 
 namespace sgbk_test {
 namespace {
 
-// The rows of all tables whose header begins so, as cells.
-std::vector<std::vector<std::string>> rowsBelow(const std::string& header) {
-  EncodingConvertor::initializeInstance(nullptr);
-  std::vector<std::vector<std::string>> rows;
-  for (const auto& page : std::filesystem::directory_iterator(SGBK_FOLDER "/docs")) {
-    std::ifstream in(page.path());
-    bool inTable = false;
-    for (std::string line; std::getline(in >> std::ws, line);) {
-      inTable = line.starts_with(header) || (inTable && line.starts_with("|"));
-      if (!inTable || line.starts_with(header) || line.starts_with("|---")) continue;
-      rows.emplace_back();
-      std::istringstream cells(line.substr(1));
-      for (std::string cell; std::getline(cells, cell, '|');) rows.back().push_back(cell);
-    }
-  }
-  return rows;
-}
-
-std::vector<std::string> quoted(const std::string& cell) {
-  std::vector<std::string> found;
-  std::istringstream in(cell);
-  for (std::string text; std::getline(in, text, '`') && std::getline(in, text, '`');) {
-    found.push_back(text);
-  }
-  return found;
-}
-
 TEST(Documentation, ExamplesAreTrue) {
+  EncodingConvertor::initializeInstance(nullptr);
   const auto rows = rowsBelow("| operation | source | room | returns | destination |");
   EXPECT_GT(rows.size(), 80u);
   for (const auto& cells : rows) {
-    const std::string name = quoted(cells.at(0)).at(0);
-    const std::string source = quoted(cells.at(1)).at(0);
-    const Outcome outcome =
-        run(operationNamed(name), fromHex(source), Destination{std::stoi(cells.at(2)), '\x5A'});
-    const std::string expected = cells.at(4) == " nothing " ? "" : quoted(cells.at(4)).at(0);
-    EXPECT_EQ(outcome.result, std::stol(cells.at(3))) << name << " of " << source;
-    EXPECT_EQ(toHex(outcome.dest).substr(0, expected.size()), expected) << name << " of " << source;
+    const Outcome outcome = run(operationNamed(quoted(cells.at(0))), quoted(cells.at(1)),
+                                Destination{std::stoi(cells.at(2)), '\x5A'});
+    EXPECT_EQ(outcome.result, std::stol(cells.at(3))) << cells[0] << cells[1];
+    EXPECT_TRUE(outcome.dest.starts_with(quoted(cells.at(4)))) << cells[0] << cells[1];
   }
 }
 
@@ -79,12 +47,13 @@ void holdSize(const Operation& operation, const std::string& formula, int n) {
 
 TEST(Documentation, SizesCalledEnoughSufficeAndNothingLess) {
   int checked = 0;
+  EncodingConvertor::initializeInstance(nullptr);
   for (const auto& cells : rowsBelow("| operation | *n* counts | room counts | enough |")) {
-    for (const std::string& name : quoted(cells.at(0))) {
-      const Operation& operation = operationNamed(name);
+    for (const Operation& operation : operations()) {
+      if (cells.at(0).find('`' + operation.name + '`') == std::string::npos) continue;
       if (!operation.takesCapacity()) continue;
-      SCOPED_TRACE(name);
-      for (const int n : {0, 1, 2}) holdSize(operation, quoted(cells.at(3)).at(0), n);
+      SCOPED_TRACE(operation.name);
+      for (const int n : {0, 1, 2}) holdSize(operation, quoted(cells.at(3)), n);
       ++checked;
     }
   }

@@ -9,9 +9,13 @@ function(expect_failure message)
   endif()
 endfunction()
 
-function(expect_rejected file line message)
+function(copy_mappings)
   file(REMOVE_RECURSE ${WORK})
   file(COPY ${DATA}/mappings DESTINATION ${WORK})
+endfunction()
+
+function(expect_rejected file line message)
+  copy_mappings()
   string(REPLACE "|" "\t" line "${line}")
   file(APPEND ${WORK}/mappings/${file} "${line}\n")
   file(STRINGS ${WORK}/mappings/${file} lines ENCODING UTF-8)
@@ -29,16 +33,14 @@ expect_rejected(simplified.tsv "U+5000|一二" "not one ideograph")
 expect_rejected(choices.tsv "simplfied|一|一|a reason" "unknown scope")
 expect_rejected(choices.tsv "simplified|一|一|" "a choice needs its reason")
 
-file(REMOVE_RECURSE ${WORK})
-file(COPY ${DATA}/mappings DESTINATION ${WORK})
+copy_mappings()
 file(APPEND ${WORK}/mappings/unicode_forms.tsv "U+0378\tU+0379\nU+0379\tU+0378\n")
 expect_failure("forms go round in a circle at U\\+037" ${MAKE_TABLES} ${WORK}/mappings ${WORK})
 
 file(REMOVE ${WORK}/mappings/gbk.tsv)
 expect_failure("gbk.tsv: cannot be opened" ${MAKE_TABLES} ${WORK}/mappings ${WORK})
 
-file(REMOVE_RECURSE ${WORK})
-file(COPY ${DATA}/mappings DESTINATION ${WORK})
+copy_mappings()
 file(APPEND ${WORK}/mappings/choices.tsv "to_big5\tU+2609\tU+25CF\ta reason\n")
 execute_process(COMMAND ${MAKE_TABLES} ${WORK}/mappings ${WORK})
 expect_failure("gbk2big5.ctb, entries changed: 1\n  A891: A1F3 -> A1B4\n.*are not those of" ${CMAKE_COMMAND}

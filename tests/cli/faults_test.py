@@ -9,7 +9,7 @@ import signal
 import subprocess
 import unittest
 
-from running import BUILD, IS_SANITIZED, SGBK, Test, main, read, run, write
+from running import BUILD, IS_SANITIZED, SGBK, Test, main, read, run, tree, write
 
 SHIM = os.path.join(BUILD, "tests", "cli", "libfaults.so")
 PAGES = {name: b"%s\n\xc5\xe9\x81\x41 \xa4\xa4\n" % name.encode() for name in ["a", "b", "c"]}
@@ -26,13 +26,9 @@ TO_FAIL = {  # after which error, and whether the disk stays full
     errno.EIO: ("", r"read|fsync|syncfs|close|renameat2"),
     errno.ENOSPC: ("+", r"write|mkostemp|link|mkdir|fsync|syncfs|close"),
 }
+CAUGHT = [signal.SIGTERM, signal.SIGXFSZ, signal.SIGPIPE, signal.SIGRTMAX]
 # Owners cannot always be kept, backups can be renamed, and inputs need no success in closing.
 CALLS_TO_DO_WITHOUT = {"fchown", "link", "close"}
-
-
-def tree():
-    return {os.path.relpath(os.path.join(folder, name)): read(os.path.join(folder, name))
-            for folder, _, names in os.walk(".") for name in names}
 
 
 @unittest.skipIf(IS_SANITIZED, "the sanitizer has to be loaded first")
@@ -79,7 +75,7 @@ class Faults(Test):
             found["r"] = after["r"]
         for name in {*before, *after, *found} - temporary:
             self.assertIn(found.get(name), [before.get(name), after.get(name)], name)
-            # A new file has its backup, and no other does, unless there was no time to take it back.
+            # A new file has its backup, and no other does unless it could not be taken back.
             if f"{name}.bak" in after:
                 is_new, is_kept = found[name] == after[name], f"{name}.bak" in found
                 self.assertTrue(is_kept or not is_new)
@@ -103,7 +99,7 @@ class Faults(Test):
     def test_killed_at_any_moment(self):
         def check(mode, calls, before, after):
             for at in range(1, len(calls) + 1):
-                for number in [signal.SIGKILL, signal.SIGTERM]:
+                for number in [signal.SIGKILL, CAUGHT[at % len(CAUGHT)]]:
                     with self.subTest(mode=mode, at=at, call=calls[at - 1], signal=number):
                         done = self.strike(mode, f"{at}:{number}:0")
                         self.check(mode, before, after, done)
@@ -128,23 +124,28 @@ class Faults(Test):
                             self.assertLessEqual(len(spoilt), 1)
         self.sweep(check)
 
+    def test_many_are_brought_to_the_disk_at_once(self):
+        self.assertLess(sum("sync" in call for call in self.calls("many")), 7)
+
     def test_interrupted_at_any_call(self):
         def check(mode, calls, before, after):
             done = self.strike(mode, "short")
             self.assertEqual((done[0], self.check(mode, before, after, done)), (0, []))
         self.sweep(check)
 
-    def test_backup_that_somebody_else_makes_meanwhile(self):
-        at = self.calls("kept").index("link")  # the call before it
-        self.begin("kept")
-        environment = {**os.environ, "LD_PRELOAD": SHIM, "FAULT": f"{at}:{signal.SIGSTOP}:0"}
-        words = MODES["kept"].format("a b c").split()
-        with subprocess.Popen([SGBK, "-qfbig5", *words], env=environment,
-                              stderr=subprocess.DEVNULL) as child:
-            os.waitid(os.P_PID, child.pid, os.WSTOPPED)
-            write("a.bak", b"theirs\n")
-            child.send_signal(signal.SIGCONT)
-        self.assertEqual((child.returncode, read("a"), read("a.bak")), (3, PAGES["a"], b"theirs\n"))
+    def test_file_that_somebody_else_makes_meanwhile(self):
+        for mode, call, name in [("kept", "link", "a.bak"), ("tree", "renameat2", "out/tree/a")]:
+            at = self.calls(mode).index(call)  # the call before it
+            self.begin(mode)
+            environment = {**os.environ, "LD_PRELOAD": SHIM, "FAULT": f"{at}:{signal.SIGSTOP}:0"}
+            words = MODES[mode].format("a b c").split()
+            with subprocess.Popen([SGBK, "-qfbig5", *words], env=environment,
+                                  stderr=subprocess.DEVNULL) as child:
+                os.waitid(os.P_PID, child.pid, os.WSTOPPED)
+                write(name, b"theirs\n")
+                child.send_signal(signal.SIGCONT)
+            self.assertEqual((child.returncode, read("a"), read(name)),
+                             (3, PAGES["a"], b"theirs\n"))
 
 
 if __name__ == "__main__":

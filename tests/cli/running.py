@@ -27,6 +27,13 @@ def write(name, data):
         file.write(data)
 
 
+def tree():
+    """The contents of all files here; None for links that lead nowhere."""
+    names = (os.path.relpath(os.path.join(folder, name))
+             for folder, _, names in os.walk(".") for name in names)
+    return {name: read(name) if os.path.exists(name) else None for name in names}
+
+
 def run(*arguments, data=b"", **more):
     """Runs the command; returns its status, output and messages."""
     done = subprocess.run([SGBK, *arguments], input=None if "stdin" in more else data, timeout=60,
@@ -52,16 +59,13 @@ class Test(unittest.TestCase):
         os.chmod(".", 0o755)
         write("in", LOSSY)
 
-    def assertOnlyFiles(self, *names):
-        self.assertEqual(sorted(os.listdir(".")), sorted(names))
-
-    def assertFiles(self, **contents):
-        """That the folder has these files, with these contents, and no others."""
-        found = {os.path.relpath(os.path.join(folder, name)) for folder, _, names in os.walk(".")
-                 for name in names}
-        self.assertEqual(sorted(found), sorted(contents))
-        for name, content in contents.items():
-            self.assertEqual(read(name), content, name)
+    def assertRefused(self, *command_lines, status=3, told="", **more):
+        """That these conversions from Big5 end so, and leave every file as it was."""
+        before = tree()
+        for words in command_lines:
+            ended, _, message = big5(*words.split(), **more)
+            self.assertEqual((ended, tree()), (status, before), words)
+            self.assertIn(told, message)
 
 
 def main():

@@ -13,18 +13,6 @@
 namespace sgbk_test {
 namespace {
 
-using Words = std::vector<std::string>;
-
-// No stream: the memory sanitizer does not see into them.
-Words split(const std::string& text, char separator) {
-  Words words;
-  for (std::size_t at = 0, end; at < text.size(); at = end + 1) {
-    end = std::min(text.find(separator, at), text.size());
-    words.push_back(text.substr(at, end - at));
-  }
-  return words;
-}
-
 Words names(const sgbk_encoding* (*table)(size_t*)) {
   size_t count;
   const sgbk_encoding* const rows = table(&count);
@@ -70,6 +58,16 @@ Words wordsOf(const std::string& source) {
 }
 
 }  // namespace
+
+// No stream: the memory sanitizer does not see into them.
+Words split(const std::string& text, char separator) {
+  Words words;
+  for (std::size_t at = 0, end; at < text.size(); at = end + 1) {
+    end = std::min(text.find(separator, at), text.size());
+    words.push_back(text.substr(at, end - at));
+  }
+  return words;
+}
 
 Words sourceNames() { return names(sgbk_sources); }
 Words targetNames() { return names(sgbk_targets); }

@@ -13,6 +13,9 @@
 
 namespace sgbk_test {
 
+using Words = std::vector<std::string>;
+Words split(const std::string& text, char separator);
+
 struct Closer {
   void operator()(sgbk_converter* c) const { sgbk_close(c); }
 };
@@ -47,8 +50,8 @@ std::string widened(const std::string& gbk);
 std::string byLibrary(const std::string& operation, const std::string& text, int capacity = 0);
 
 // The first names.
-std::vector<std::string> sourceNames();
-std::vector<std::string> targetNames();
+Words sourceNames();
+Words targetNames();
 
 // A setup with the options that the bits choose, leaving out what excludes what.
 std::string setupOf(const std::string& from, const std::string& to, std::size_t bits);

@@ -23,11 +23,6 @@ E& converter() { return *E::getInstance(); }
 const gchar_t* units(const char* p) { return reinterpret_cast<const gchar_t*>(p); }
 gchar_t* units(char* p) { return reinterpret_cast<gchar_t*>(p); }
 
-template <class Twin, class... More>
-auto with(Twin twin, More... more) {
-  return [=](const std::string& src, Destination to) { return twin(src, to, more...); };
-}
-
 auto stream(int (E::*member)(const char*, int, char*, int)) {
   return [=](auto... of) { return (converter().*member)(of...); };
 }
@@ -53,67 +48,53 @@ auto ofUnits(Function function) {
 
 std::vector<Operation> all() {
   std::vector<Operation> list = {
-      {"b52sgbk", Text::bytes, stream(&E::b52sgbk), with(twinPairs, Stream::big5)},
-      {"t2sgbk", Text::bytes, stream(&E::t2sgbk), with(twinPairs, Stream::gbk)},
-      {"utf82sgbk", Text::utf8, stream(&E::utf82sgbk), twinUtf8},
-      {"hz2sgbk", Text::hz, stream(&E::hz2sgbk), twinHz},
-      {"hzgb2gbk", Text::hz, stream(&E::hzgb2gbk), twinHzToGbk},
-      {"uc2sgbk", Text::ucs2, ucs2(&E::uc2sgbk), with(twinUcs2, false)},
-      {"uc2sgbk_DB", Text::ucs2, ucs2(&E::uc2sgbk_DB), with(twinUcs2, true)},
-      {"trimgPunc counted", Text::units, ofUnits([](auto... of) { return trimgPunc(of...); }),
-       with(twinTrim, true)},
+      {"b52sgbk", Text::bytes, stream(&E::b52sgbk)},
+      {"t2sgbk", Text::bytes, stream(&E::t2sgbk)},
+      {"utf82sgbk", Text::utf8, stream(&E::utf82sgbk)},
+      {"hz2sgbk", Text::hz, stream(&E::hz2sgbk)},
+      {"hzgb2gbk", Text::hz, stream(&E::hzgb2gbk)},
+      {"uc2sgbk", Text::ucs2, ucs2(&E::uc2sgbk)},
+      {"uc2sgbk_DB", Text::ucs2, ucs2(&E::uc2sgbk_DB)},
+      {"trimgPunc counted", Text::units, ofUnits([](auto... of) { return trimgPunc(of...); })},
       {"trimgPunc", Text::units,
-       ofUnits([](auto src, size_t, auto dest) { return trimgPunc(src, dest); }),
-       with(twinTrim, false)},
+       ofUnits([](auto src, size_t, auto dest) { return trimgPunc(src, dest); })},
       {"sbctoLowercase", Text::units, ofUnits([](auto src, size_t length, auto dest) {
          E::sbctoLowercase(std::copy_n(src, length, dest) - length);
          return 0;
-       }),
-       twinLowered},
+       })},
       {"decodeCharEntity", Text::names,
-       [](auto src, auto...) { return together(decodeCharEntity(src), 0); },
-       with(twinEntity, Entity::code)},
+       [](auto src, auto...) { return together(decodeCharEntity(src), 0); }},
       {"decodeIrregularCharEntity", Text::names,
        [](auto src, auto...) {
          size_t len = 99;
          const UINT16 code = decodeIrregularCharEntity(src, len);
          return together(code, static_cast<long>(len));
-       },
-       with(twinEntity, Entity::codeOfPrefix)},
+       }},
       {"deEscHtml", Text::names,
-       [](auto src, int, auto dest, int) { return together(deEscHtml(src, dest), 0); },
-       with(twinEntity, Entity::text)},
+       [](auto src, int, auto dest, int) { return together(deEscHtml(src, dest), 0); }},
       {"deEscHtml prefix", Text::names,
        [](auto src, int, auto dest, int) {
          const char* pscan = src;
          const int result = deEscHtml(src, dest, pscan);
          return together(result, pscan - src);
-       },
-       with(twinEntity, Entity::textOfPrefix)},
+       }},
   };
   for (const bool ifcase : {false, true}) {
     const std::string mode = ifcase ? " case" : "";
     const std::vector<Operation> folding = {
-        {"dbc2gchar" + mode, Text::array, array(&E::dbc2gchar, ifcase),
-         with(twinArray, Array::dbc, ifcase)},
-        {"t2sgchar" + mode, Text::array, array(&E::t2sgchar, ifcase),
-         with(twinArray, Array::t2s, ifcase)},
-        {"t2sgchar_cache" + mode, Text::array, array(&E::t2sgchar_cache, ifcase),
-         with(twinArray, Array::cache, ifcase)},
-        {"sbc2dbc counted" + mode, Text::bytes, [=](auto... of) { return sbc2dbc(of..., ifcase); },
-         with(twinFold, Fold::counted, ifcase)},
+        {"dbc2gchar" + mode, Text::array, array(&E::dbc2gchar, ifcase)},
+        {"t2sgchar" + mode, Text::array, array(&E::t2sgchar, ifcase)},
+        {"t2sgchar_cache" + mode, Text::array, array(&E::t2sgchar_cache, ifcase)},
+        {"sbc2dbc counted" + mode, Text::bytes, [=](auto... of) { return sbc2dbc(of..., ifcase); }},
         {"sbc2dbc" + mode, Text::terminated,
-         [=](auto src, int, auto... to) { return E::sbc2dbc(src, to..., ifcase); },
-         with(twinFold, Fold::terminated, ifcase)},
+         [=](auto src, int, auto... to) { return E::sbc2dbc(src, to..., ifcase); }},
         {"gchar2big5" + mode, Text::terminated,
-         [=](auto src, int, auto... to) { return converter().gchar2big5(src, to..., ifcase); },
-         with(twinFold, Fold::big5, ifcase)},
+         [=](auto src, int, auto... to) { return converter().gchar2big5(src, to..., ifcase); }},
         {"decodelibpage" + mode, Text::bytes,
          [=](auto src, int size, auto dest, int capacity) {
            return decodelibpage(src, static_cast<size_t>(size), dest,
                                 static_cast<size_t>(std::max(capacity, 0)), ifcase);
-         },
-         with(twinFold, Fold::page, ifcase)},
+         }},
     };
     list.insert(list.end(), folding.begin(), folding.end());
   }
@@ -181,8 +162,8 @@ const Operation& operationNamed(const std::string& name) {
 }
 
 Outcome run(const Operation& operation, const std::string& src, Destination to, Guard guard) {
-  static const GuardedBuffer input(1 << 20);
-  static const GuardedBuffer output(1 << 22);
+  static thread_local const GuardedBuffer input(1 << 20);
+  static thread_local const GuardedBuffer output(1 << 22);
   const std::size_t bytes = src.size() + (operation.isTerminated() ? 1 : 0);
   const auto size = static_cast<std::size_t>(std::max(to.size, 0) * operation.elementSize());
   const bool behind = guard == Guard::behind;
@@ -207,7 +188,7 @@ std::string disagreement(const Operation& operation, const std::string& bytes, i
   if (operation.text == Text::units) capacity = static_cast<int>(src.size()) / 2;
   for (const Guard guard : {Guard::behind, Guard::before}) {
     const Destination to{capacity, guard == Guard::behind ? '\x5A' : '\xC1'};
-    Outcome expected = operation.twin(src, to);
+    Outcome expected = twin(operation.name, src, to);
     Outcome actual = run(operation, src, to, guard);
     if (operation.leavesScratch()) {
       for (Outcome* outcome : {&expected, &actual}) {

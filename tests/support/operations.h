@@ -1,14 +1,45 @@
-// Every operation on text of the library beside its twin, in one shape.
+// Every operation on text of the library in one shape, beside its obvious twin: that takes one byte
+// at a time, tests every bound, and shares nothing with the library but the functions on single
+// characters, the table images and the entity tables.
 
 #ifndef SGBK_TESTS_OPERATIONS_H
 #define SGBK_TESTS_OPERATIONS_H
 
+#include <sgbk/EncodingConvertor.h>
+
 #include <functional>
 #include <random>
-
-#include "support/twins.h"
+#include <string>
+#include <vector>
 
 namespace sgbk_test {
+
+// A conversion's result and everything it leaves in the destination.
+struct Outcome {
+  long result;
+  std::string dest;
+  bool operator==(const Outcome&) const = default;
+};
+
+using Table = std::vector<gchar_t>;
+
+// The table images with the widened ASCII laid over the first three.
+struct Tables {
+  Table big5, simplified, unicode, toBig5;
+};
+const Tables& tables();
+
+// `size` bytes, or elements of two bytes for arrays and trimming, filled with `fill`.
+struct Destination {
+  int size;
+  char fill;
+};
+
+// Results of two parts come as the number that `together` makes of them.
+constexpr long together(long value, long taken) { return value + 65536 * taken; }
+
+// By the operation's name. Terminated bytes come without their terminator.
+Outcome twin(const std::string& operation, const std::string& src, Destination to);
 
 // What the operation reads: bytes that are counted, NUL-terminated, or terminated and converted to
 // units; counted bytes of two encodings; counted units, units ended by a 0, the name of an entity.
@@ -18,7 +49,6 @@ struct Operation {
   std::string name;
   Text text;
   std::function<long(const char* src, int size, char* dest, int capacity)> call;
-  std::function<Outcome(const std::string& src, Destination to)> twin;
 
   bool readsUnits() const { return text == Text::ucs2 || text == Text::units; }
   bool isTerminated() const {

@@ -32,15 +32,6 @@ std::string encoded(wchar_t c, const char* encoding) {
   return byIconv("WCHAR_T", encoding, {reinterpret_cast<const char*>(&c), sizeof c});
 }
 
-std::vector<std::string> lines(const std::string& text) {
-  std::vector<std::string> result;
-  for (std::size_t at = 0, end; at < text.size(); at = end) {
-    end = endOfLine("utf-8", text, at);
-    result.push_back(text.substr(at, end - at - 1));
-  }
-  return result;
-}
-
 const struct {
   const char *source, *iconv, *operation;
 } kSources[] = {{"big5", "CP950", "b52sgbk"},
@@ -111,7 +102,8 @@ TEST(Characters, OfUnicodeAreKeptWhereTheTargetHasThem) {
   }
   EXPECT_TRUE(textOf("ucs-2le utf-8", by["utf-16le"]) == by["utf-8"]);
 
-  const auto given = lines(text), codes = lines(by["gb18030"]), kept = lines(by["utf-8"]);
+  const auto given = split(text, '\n'), codes = split(by["gb18030"], '\n'),
+             kept = split(by["utf-8"], '\n');
   ASSERT_TRUE(given.size() == codes.size() && given.size() == kept.size());
   std::string fourBytes, theirCharacters;
   for (std::size_t i = 0; i < given.size() && !HasFailure(); ++i) {

@@ -90,5 +90,57 @@ TEST(Strict, KeepsWholeLinesAlsoBehindOneTooLongToHold) {
   }
 }
 
+// The number of bytes after which the source is known.
+std::size_t decidedAfter(const std::string& text, std::size_t piece) {
+  const Handle c = open("auto utf-8");
+  for (std::size_t at = 0; at < text.size(); at += piece) {
+    const std::string part = text.substr(at, piece);
+    const char* out;
+    std::size_t size;
+    if (sgbk_convert(c.get(), part.data(), part.size(), 0, &out, &size) != SGBK_OK)
+      return at + part.size();
+    if (sgbk_source(c.get()) != std::string("auto")) return at + part.size();
+  }
+  return text.size() + 1;
+}
+
+TEST(Auto, DecidesAtTheSameByteForAnyCutting) {
+  std::mt19937 random(6);
+  for (int i = 0; i < 1500; ++i) {
+    std::string text;
+    const char* const kSources[] = {"auto", "big5", "gbk", "utf-8", "hz", "ucs-2le", "auto"};
+    for (int k = 0; k < 3; ++k) text += randomText(kSources[random() % 7], 6, random);
+    const std::size_t first = decidedAfter(text, 1);
+    for (const std::size_t piece : {std::size_t{2}, std::size_t{7}, text.size() + 1}) {
+      const std::size_t inPieces = std::min((first + piece - 1) / piece * piece, text.size());
+      EXPECT_EQ(decidedAfter(text, piece), first > text.size() ? first : inPieces) << toHex(text);
+    }
+  }
+}
+
+TEST(Auto, WritesAsciiAtOnce) {
+  const std::string text =
+      "<html>\r\n<body>text ~ text ~~ \x7F ~{ \n" + std::string(300000, 'x') + "~";
+  const Handle c = open("auto utf-8");
+  std::size_t written = 0;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char* out;
+    std::size_t size;
+    ASSERT_EQ(sgbk_convert(c.get(), &text[at], 1, 0, &out, &size), SGBK_OK);
+    written += size;
+    const bool mayOpen = text[at] == '~' && (at == 0 || text[at - 1] != '~');
+    const std::size_t waits = std::min(text.find("~{"), at + !mayOpen);
+    const bool isInLine = at >= waits && at < text.find('\n', waits);
+    if (at < 16) continue;
+    ASSERT_EQ(written, isInLine ? waits : at + !mayOpen) << at;
+  }
+}
+
+TEST(Auto, StaysDecided) {
+  std::string text;
+  for (int i = 0; i < 24; ++i) text += "\xB0\xA1";
+  EXPECT_EQ(described(convert("auto gbk", text + "\n\xFF\n").losses), "2:49:FF :0:malformed ");
+}
+
 }  // namespace
 }  // namespace sgbk_test
