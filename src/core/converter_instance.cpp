@@ -24,6 +24,11 @@ class Lock {
   Lock& operator=(const Lock&) = delete;
 };
 
+// Held by another thread at a fork, it would stay locked in the child; the creation that it guarded
+// is not seen there.
+const int isUnlockedInChildren =
+    pthread_atfork(nullptr, nullptr, [] { enmutex = PTHREAD_MUTEX_INITIALIZER; });
+
 bool blanksUndefinedCodes(const unsigned short* t2stable) {
   for (unsigned code = 0; code < sgbk::kTableEntries; ++code) {
     const auto unit = static_cast<gchar_t>(code);
@@ -61,8 +66,7 @@ EncodingConvertor* EncodingConvertor::getInstance() {
 
 void EncodingConvertor::clear() {
   const Lock lock;
-  delete instance;
-  std::atomic_ref(instance).store(nullptr, std::memory_order_release);
+  delete std::atomic_ref(instance).exchange(nullptr, std::memory_order_acq_rel);
 }
 
 int EncodingConvertor::initialize(const char*) {

@@ -109,13 +109,18 @@ TEST(Interface, WorksInTheChildOfAFork) {
 #endif
   std::atomic<bool> isDone = false;
   std::jthread other([&] {
-    while (!isDone) textOf("utf-8 big5 traditional", "\xE4\xBA\x91");
+    while (!isDone) {
+      EncodingConvertor::clear();
+      EncodingConvertor::initializeInstance(nullptr);
+      textOf("utf-8 big5 traditional", "\xE4\xBA\x91");
+    }
   });
   for (const std::string to : {"gbk", "utf-16le"}) {
     for (int i = 0; i < 50; ++i) {
       const pid_t child = fork();
       if (child == 0) {
         alarm(20);
+        EncodingConvertor::initializeInstance(nullptr);
         _exit(textOf("utf-8 " + to, "a")[0] == 'a' ? 0 : 1);
       }
       int status;
