@@ -83,11 +83,11 @@ def titles(rounds):
 
 
 def threads(folder, rounds):
-    data = pathlib.Path(folder, "prose.zh-tw").read_text("utf-8").encode(CODEC, "ignore") * 4
+    data = pathlib.Path(folder, "prose.zh-tw").read_text("utf-8").encode(CODEC, "ignore")
 
     def together(count, call):
         def work():
-            for _ in range(8 // count):
+            for _ in range(64 // count):
                 call()
         crew = [threading.Thread(target=work) for _ in range(count)]
         begin = time.perf_counter()

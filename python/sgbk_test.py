@@ -19,7 +19,7 @@ import sgbk
 
 SOURCES = {"big5": "big5hkscs", "gbk": "gb18030", "utf-8": "utf-8", "ucs-2le": "utf-16-le",
            "hz": "hz"}
-PIECE = sgbk._library.PIECE
+PIECE = sgbk._PIECE
 
 
 def damaged(size, seed=1):

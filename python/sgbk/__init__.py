@@ -26,7 +26,7 @@ from typing import TYPE_CHECKING, Any, Callable, Literal, Optional, Union, overl
 
 from sgbk._engine import ffi as _ffi, lib as _lib
 from sgbk._library import (
-    OPTIONS, PIECE, STR, Counts, Engine, Loss, Option, Result, rows_of, text_of)
+    OPTIONS, STR, Counts, Engine, Loss, Option, Result, rows_of, text_of)
 
 if TYPE_CHECKING:
     import os
@@ -37,23 +37,27 @@ if TYPE_CHECKING:
 __all__ = ["Converter", "Counts", "Lines", "Loss", "Result", "convert", "decode", "detect", "open"]
 
 _MOST_IDLE = 64
+# With a longer text an engine's buffers have become too large to be kept.
+_LONG = 1 << 22
 # Engines at rest, by how they were made. One that works is out of here, where no other thread, no
 # signal handler and no child of a fork can meet it.
 _idle: dict[tuple[Any, ...], list[Engine]] = {}
 
 
 def _whole(data: "ReadableBuffer", source: str, target: str, losses: bool, options: dict[str, Option],
-           take: Callable[[Engine], Any]) -> list[Any]:
+           take: Callable[[Engine], Any]) -> Any:
     key = (source, target, losses, *options.items())
     try:
         engine = _idle[key].pop()
     except (KeyError, IndexError):
         engine = Engine(source, target, losses, options)
-    pieces = engine.run(data, True, take, data)
+    engine.run(data, True, data)
+    taken = take(engine)
     if len(_idle) > _MOST_IDLE:
         _idle.clear()
-    _idle.setdefault(key, []).append(engine)
-    return pieces
+    if engine.size[0] < _LONG:
+        _idle.setdefault(key, []).append(engine)
+    return taken
 
 
 def decode(data: "ReadableBuffer", source: str = "auto", **options: Option) -> str:
@@ -75,7 +79,7 @@ def decode(data: "ReadableBuffer", source: str = "auto", **options: Option) -> s
     for options that are unknown or exclude one another, UnicodeDecodeError for the first character
     that is lost under strict=True.
     """
-    return "".join(_whole(data, source, STR, False, options, Engine.text))
+    return _whole(data, source, STR, False, options, Engine.text)
 
 
 @overload
@@ -105,11 +109,7 @@ def convert(data: "ReadableBuffer", source: str = "auto", target: str = "gbk", *
 
     Raises what decode() raises.
     """
-    if not losses:
-        return b"".join(_whole(data, source, target, False, options, Engine.data))
-    pieces = _whole(data, source, target, True, options, Engine.result)
-    return pieces[-1]._replace(data=b"".join(piece.data for piece in pieces),
-                               losses=[loss for piece in pieces for loss in piece.losses])
+    return _whole(data, source, target, losses, options, Engine.result if losses else Engine.data)
 
 
 class Converter:
@@ -128,19 +128,16 @@ class Converter:
     def __init__(self, source: str = "auto", target: str = "gbk", *, losses: bool = False,
                  **options: Option):
         self._engine = Engine(source, target, losses, options)
-        self._engine.run(b"", False, Engine.data)
-        self._take = Engine.result if losses else Engine.data
+        self._engine.run(b"", False)
         self._losses: list[Loss] = []
         # Other threads run while the engine works.
         self._lock = threading.Lock()
 
     def _run(self, data: "ReadableBuffer", last: bool) -> bytes:
         with self._lock:
-            pieces = self._engine.run(data, last, self._take)
-        if self._take is Engine.data:
-            return b"".join(pieces)
-        self._losses = [loss for piece in pieces for loss in piece.losses]
-        return b"".join(piece.data for piece in pieces)
+            self._engine.run(data, last)
+            self._losses = self._engine.losses()
+            return self._engine.data()
 
     def feed(self, data: "ReadableBuffer") -> bytes:
         """Returns what is certain of the text so far and was not returned before."""
@@ -172,6 +169,10 @@ class Converter:
         return self._engine.source()
 
 
+# How many bytes of a file are converted at a time: they and the text stay in the processor's cache.
+_PIECE = 1 << 18
+
+
 class _Converted(io.RawIOBase):
     """The bytes of a file, converted as they are read."""
 
@@ -186,7 +187,7 @@ class _Converted(io.RawIOBase):
 
     def readinto(self, room: Any) -> int:
         while not self._ready and not self._is_finished:
-            data = self._file.read(PIECE)
+            data = self._file.read(_PIECE)
             self._is_finished = not data
             convert = self.converter.feed if data else self.converter.finish
             self._ready = memoryview(convert(data))
@@ -228,7 +229,7 @@ def open(file: "Union[str, bytes, os.PathLike[Any], BinaryIO]", source: str = "a
     """
     converter = Converter(source, STR, losses=False, **options)
     binary = file if hasattr(file, "read") else io.open(file, "rb", buffering=0)
-    return Lines(io.BufferedReader(_Converted(binary, converter), PIECE), "utf-16-le",
+    return Lines(io.BufferedReader(_Converted(binary, converter), _PIECE), "utf-16-le",
                  newline=newline)
 
 

@@ -17,8 +17,11 @@ _str_of_units = ctypes.pythonapi.PyUnicode_FromKindAndData
 _str_of_units.restype = ctypes.py_object
 _str_of_units.argtypes = [ctypes.c_int, ctypes.c_void_p, ctypes.c_ssize_t]
 _SHORT = 500
-# A piece of text and what becomes of it stay in the processor's cache, and an engine's buffers small.
-PIECE = 1 << 18
+_new_bytes = ctypes.pythonapi.PyBytes_FromStringAndSize
+_new_bytes.restype = ctypes.py_object
+_new_bytes.argtypes = [ctypes.c_void_p, ctypes.c_ssize_t]
+# From here on memory is new to the process, and filling it takes so long that other threads may run.
+_LONG = 1 << 16
 
 
 class Loss(NamedTuple):
@@ -118,25 +121,15 @@ class Engine:
                 text = _c_string(str(int(value) if isinstance(value, bool) else value))
                 self.check(lib.sgbk_set(self.handle, OPTIONS[name].name, text))
 
-    def run(self, data: "ReadableBuffer", last: bool, take: Callable[["Engine"], Any],
-            whole: "Optional[ReadableBuffer]" = None) -> list[Any]:
-        """Converts data, and takes what there is after each piece; whole as for check(). Where that is
-        given, a new text begins."""
-        buffer = rest = ffi.from_buffer(data)
-        size = len(buffer)
-        is_first = whole is not None
-        taken = []
-        while True:
-            piece = size if size < PIECE else PIECE
-            ends = last and piece == size
-            result = lib.sgbk_step(self.handle, is_first, rest, piece, ends, self.out, self.size,
-                                    self.is_one_unit_each)
-            if result:
-                self.check(result, whole)
-            taken.append(take(self))
-            if piece == size:
-                return taken
-            rest, size, is_first = rest + piece, size - piece, False
+    def run(self, data: "ReadableBuffer", last: bool,
+            whole: "Optional[ReadableBuffer]" = None) -> None:
+        """Converts data, without Python's lock; whole as for check(). Where that is given, a new text
+        begins."""
+        buffer = ffi.from_buffer(data)
+        result = lib.sgbk_step(self.handle, whole is not None, buffer, len(buffer), last, self.out,
+                                self.size, self.is_one_unit_each)
+        if result:
+            self.check(result, whole)
 
     def check(self, result: int, whole: "Optional[ReadableBuffer]" = None) -> None:
         """Raises what a result stands for; whole is all of the input, where that is at hand."""
@@ -155,10 +148,16 @@ class Engine:
             whole, start, reason = _bytes_of(loss), 0, sentence
         raise UnicodeDecodeError(self.source(), whole, start, start + loss.size, reason)
 
-    # What there is after a piece.
+    # What there is after a call of run().
 
     def data(self) -> bytes:
-        return ffi.unpack(self.out[0], self.size[0])
+        size = self.size[0]
+        if size < _LONG:
+            return ffi.unpack(self.out[0], size)
+        data = _new_bytes(None, size)
+        to, text = (int(ffi.cast("uintptr_t", p)) for p in (ffi.from_buffer(data), self.out[0]))
+        ctypes.memmove(to, text, size)
+        return data
 
     def text(self) -> str:
         units = ffi.cast(_UNITS, self.out[0])
