@@ -37,57 +37,60 @@ struct Kinds {
   }
 };
 
-// What a line has come to. Blanks are written when they come, and taken back at the end of a line.
-enum State : Byte {
-  kStart,                // nothing but blanks and shapes
-  kText,                 // any character
-  kBlanks,               // a run of blanks, with shapes among them
-  kAfterBlank,           // a run of punctuation ended in a blank, and is over
-  kLong,                 // a run of punctuation that is too long: the rest of it is dropped
-  kLongBlank,            // the same after a blank, where all of it is
-  kRun,                  // the first of eight punctuation marks, ...
-  kRunBlank = kRun + 8,  // ... and the same with a blank as the last of the run
-  kOverflow = kRunBlank + 8,
-  kSeldom
-};
+// What a line has come to, as the place of its steps in their table. Blanks are written when they
+// come, and taken back at the end of a line.
+constexpr unsigned kStride = 8;
+constexpr unsigned kStart = 0 * kStride;       // nothing but blanks and shapes
+constexpr unsigned kText = 1 * kStride;        // any character
+constexpr unsigned kBlanks = 2 * kStride;      // a run of blanks, with shapes among them
+constexpr unsigned kAfterBlank = 3 * kStride;  // a run of punctuation ended in a blank, and is over
+constexpr unsigned kLong = 4 * kStride;        // it is too long: the rest of it is dropped
+constexpr unsigned kLongBlank = 5 * kStride;   // the same after a blank, where all of it is
+constexpr unsigned kRun = 6 * kStride;         // the first of eight punctuation marks, ...
+constexpr unsigned kRunBlank = 14 * kStride;   // ... the same with a blank as the last of the run
+constexpr unsigned kOverflow = 22 * kStride;
+constexpr unsigned kSeldom = 23 * kStride;
 
 struct Step {
-  Byte next;
-  Byte keeps;  // all bits, or none
+  unsigned next;
+  bool keeps;
 };
 
 constexpr Step stepOf(unsigned state, unsigned kind) {
-  constexpr Byte kKeep = 0xFF;
-  const auto next = [](unsigned s) { return static_cast<Byte>(s); };
   const bool isRun = state >= kRun;
   const bool isBlankLast = state >= kRunBlank;
-  const unsigned length = isRun ? (state - kRun) % 8 + 1 : 0;
+  const unsigned length = isRun ? (state - kRun) % (8 * kStride) + kStride : 0;
+  const bool isLongest = length == 8 * kStride;
   switch (kind) {
-    case kOrdinary: return {kText, kKeep};
+    case kOrdinary: return {kText, true};
     case kMark:
-      if (state == kStart) return {kText, kKeep};
-      if (state == kLong || state == kLongBlank) return {next(state), 0};
-      return {length == 8 ? next(kOverflow) : next(kRun + length), kKeep};
+      if (state == kStart) return {kText, true};
+      if (state == kLong || state == kLongBlank) return {state, false};
+      return {isLongest ? kOverflow : kRun + length, true};
     case kBlank:
-      if (isRun)
-        return {length == 8 ? next(kOverflow) : next(kRunBlank + length),
-                isBlankLast ? Byte{0} : kKeep};
-      if (state == kText || state == kAfterBlank) return {kBlanks, kKeep};
-      return {next(state), 0};
+      if (isRun) return {isLongest ? kOverflow : kRunBlank + length, !isBlankLast};
+      if (state == kText || state == kAfterBlank) return {kBlanks, true};
+      return {state, false};
     case kShape:
-      if (isRun) return {isBlankLast ? kAfterBlank : kText, 0};
-      return {state == kLong        ? next(kText)
-              : state == kLongBlank ? next(kAfterBlank)
-                                    : next(state),
-              0};
-    default: return {kSeldom, 0};
+      if (isRun) return {isBlankLast ? kAfterBlank : kText, false};
+      return {state == kLong ? kText : state == kLongBlank ? kAfterBlank : state, false};
+    default: return {kSeldom, false};
   }
 }
 
+// Two tables, since the next state is what the character after it waits for.
+struct Steps {
+  std::array<Byte, kOverflow> next{};
+  std::array<Byte, kOverflow> keeps{};  // all bits, or none
+};
+
 constexpr auto kSteps = [] {
-  std::array<std::array<Step, 8>, kOverflow> steps{};
-  for (unsigned state = 0; state < kOverflow; ++state) {
-    for (unsigned kind = 0; kind < kKinds; ++kind) steps[state][kind] = stepOf(state, kind);
+  Steps steps;
+  for (unsigned i = 0; i < kOverflow; ++i) {
+    if (i % kStride >= kKinds) continue;
+    const Step step = stepOf(i - i % kStride, i % kStride);
+    steps.next[i] = static_cast<Byte>(step.next);
+    steps.keeps[i] = step.keeps ? 0xFF : 0;
   }
   return steps;
 }();
@@ -117,31 +120,35 @@ class TrimStage : public Stage {
   struct Run {
     const char* begin;
     char* to;
-    Byte state;
+    std::size_t state;
   };
 
   // Returns where it stopped: behind a carriage return, it must be seen what follows.
   const char* run(const char* p, const char* end, bool ended) {
     const Kind* const kinds = kinds_.of.data();
     char* to = to_;
-    Byte state = state_;
-    Run runs[2] = {run_};
+    std::size_t state = state_;
+    Run run = run_;
     // False where it takes more than a look at the table.
     const auto take = [&](const char* at, Kind kind, gchar_t unit, unsigned size) {
-      const Step step = kSteps[state][kind];
-      if (step.next >= kOverflow) [[unlikely]]
+      const std::size_t step = state + kind;
+      const std::size_t next = kSteps.next[step];
+      if (next >= kOverflow) [[unlikely]]
         return false;
-      // Where no run begins, the second one is written to, in place of a jump.
-      runs[step.next != kRun] = {at, to, state};
+      // Less work than to write it down each time, and no jump.
+      const bool isRun = next == kRun;
+      run.begin = isRun ? at : run.begin;
+      run.to = isRun ? to : run.to;
+      run.state = isRun ? state : run.state;
       storeUnit(to, unit);
-      to += size & step.keeps;
-      state = step.next;
+      to += size & kSteps.keeps[step];
+      state = next;
       return true;
     };
     while (p != end) {
       if (end - p > kBlockBytes && isAllAscii(loadBlock(bytesOf(p)))) {
         // Pages are indented: a quarter of them is such blanks.
-        if (*p == ' ' && kSteps[state][kBlank].keeps == 0 && state < kLong &&
+        if (*p == ' ' && kSteps.keeps[state + kBlank] == 0 && state < kLong &&
             loadBlock(bytesOf(p)) == inEveryByte(' ')) {
           p += kBlockBytes;
           continue;
@@ -163,8 +170,8 @@ class TrimStage : public Stage {
       }
       to_ = to;
       state_ = state;
-      run_ = runs[0];
-      const bool isOverflow = kSteps[state][kindAt(p)].next == kOverflow;
+      run_ = run;
+      const bool isOverflow = kSteps.next[state + kindAt(p)] == kOverflow;
       const char* const next = isOverflow ? dropRun(p + sizeAt(p)) : takeRare(p, end, ended);
       to = to_;
       state = state_;
@@ -173,7 +180,7 @@ class TrimStage : public Stage {
     }
     to_ = to;
     state_ = state;
-    run_ = runs[0];
+    run_ = run;
     return p;
   }
 
@@ -209,14 +216,14 @@ class TrimStage : public Stage {
   }
 
   void takeBlank(char c) {
-    const Step step = kSteps[state_][kBlank];
-    if (step.next == kOverflow) {
+    const std::size_t step = state_ + kBlank;
+    if (kSteps.next[step] == kOverflow) {
       dropRun(nullptr);
       return;
     }
     *to_ = c;
-    to_ += 1 & step.keeps;
-    state_ = step.next;
+    to_ += 1 & kSteps.keeps[step];
+    state_ = kSteps.next[step];
   }
 
   void takeBackBlanks() {
@@ -234,7 +241,7 @@ class TrimStage : public Stage {
   static unsigned sizeAt(const char* p) { return isAscii(static_cast<Byte>(*p)) ? 1 : 2; }
 
   const Kinds& kinds_ = madeOnce<Kinds>();
-  Byte state_ = kStart;
+  std::size_t state_ = kStart;
   Run run_ = {};
   char* begin_ = nullptr;
   char* to_ = nullptr;
