@@ -6,6 +6,9 @@ namespace sgbk::text {
 namespace {
 
 constexpr bool isGbByte(Byte b) { return b >= 0x21 && b <= 0x7E; }
+constexpr bool isPair(const Byte* p, const Byte* end, char first, char second) {
+  return end - p >= 2 && p[0] == first && p[1] == second;
+}
 constexpr bool isLineEnd(Byte b) { return b == '\n' || b == '\r'; }
 
 class HzDecoder : public ByteDecoder<HzDecoder> {
@@ -15,8 +18,13 @@ class HzDecoder : public ByteDecoder<HzDecoder> {
   static constexpr Byte kEscape = '~';
   bool isAsciiMode() const { return !isGbMode_; }
 
+  // With the escapes around it.
   const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
-    if (!isGbMode_) return p;
+    if (!isGbMode_) {
+      if (!isPair(p, end, '~', '{')) return p;
+      isGbMode_ = true;
+      p += 2;
+    }
     const Byte* const begin = p;
     char* to = out;
     for (; end - p >= 2 && *p != '~' && isGbByte(p[0]) && isGbByte(p[1]); p += 2) {
@@ -27,7 +35,9 @@ class HzDecoder : public ByteDecoder<HzDecoder> {
     }
     out = to;
     account_.addCharacters((p - begin) / 2);
-    return p;
+    if (!isPair(p, end, '~', '}')) return p;
+    isGbMode_ = false;
+    return p + 2;
   }
 
   std::size_t takeOther(const Byte* p, std::size_t left, bool ended) {
@@ -48,10 +58,6 @@ class HzDecoder : public ByteDecoder<HzDecoder> {
  private:
   std::size_t takeEscape(const Byte* p, std::size_t left, bool ended) {
     if (left < 2) return ended ? malformed(p, 1) : 0;
-    if (p[1] == (isGbMode_ ? '}' : '{')) {
-      isGbMode_ = !isGbMode_;
-      return 2;
-    }
     if (!isGbMode_ && p[1] == '~') {
       putAscii('~');
       account_.addCharacters(1);
