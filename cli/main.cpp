@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "explain.h"
 #include "input.h"
 #include "message.h"
 #include "options.h"
@@ -47,7 +46,7 @@ void run(int argc, char** argv) {
   if (options.has("help")) return print(cli::helpText());
   if (options.has("list")) return print(cli::encodingList());
   if (options.has("version")) return print(versionText());
-  if (options.has("explain")) return print(cli::explain(options.value("explain")));
+  if (options.has("explain")) return print(cli::explanation(options.value("explain")));
   cli::convertFiles(options);
 }
 

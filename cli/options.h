@@ -40,9 +40,11 @@ std::span<const sgbk_option> textOptions();
 // Throws UsageError.
 Options parseOptions(int argc, char** argv);
 
-// What --help and --list print.
+// What --help, --list and --explain print.
 std::string helpText();
 std::string encodingList();
+// text  in the encoding of the locale, and so is the result. Throws UsageError when it is not valid
+std::string explanation(const std::string& text);
 
 }  // namespace cli
 
