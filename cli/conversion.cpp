@@ -5,12 +5,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "input.h"
+#include "message.h"
 
 namespace cli {
 namespace {
-
-constexpr std::size_t kPiece = 1 << 17;
 
 sgbk::Converter converterFor(const Options& o) try {
   sgbk::Converter converter(o.value("from", "auto"), o.value("to", "gbk"));
@@ -42,21 +40,23 @@ bool isSameSource(const std::string& given, const std::string& found) {
 
 }  // namespace
 
-Conversion::Conversion(const Options& options, std::optional<std::uint64_t> total)
+Conversion::Conversion(const Options& options, double total)
     : options_(options),
       converter_(converterFor(options)),
-      buffer_(kPiece),
-      report_(options.value("report"), options.number("max-reports", UINT64_MAX)),
-      progress_(isProgressShown(options), total) {}
+      mostRows_(options.number("max-reports", UINT64_MAX)),
+      isProgressShown_(isProgressShown(options)),
+      total_(total),
+      buffer_(1 << 17) {}
 
-bool Conversion::convert(const std::string& path, Output* output) {
+bool Conversion::convert(const std::string& path, Output* output, Output* report) {
   Input input(path);
-  const std::string name = nameOfInput(path);
-  if (input.isTerminal() && !options_.has("quiet")) {
+  if (isatty(input.fd()) == 1 && !options_.has("quiet")) {
     printMessage("reading from the terminal; end with Ctrl-D");
   }
   sgbk_reset(converter_.get());
-  report_.begin(name);
+  const std::string name = escaped(input.name());
+  constexpr std::size_t kBuffered = 1 << 16;
+  std::uint64_t rowsLeft = mostRows_;
   sgbk_result result = SGBK_OK;
   for (bool isLast = false; !isLast && result == SGBK_OK;) {
     const std::size_t size = input.read(buffer_.data(), buffer_.size());
@@ -66,13 +66,19 @@ bool Conversion::convert(const std::string& path, Output* output) {
     result = sgbk_convert(converter_.get(), buffer_.data(), size, isLast, &text, &written);
     if (result != SGBK_OK && result != SGBK_LOST) {
       const char* const advice = result == SGBK_UNKNOWN_SOURCE ? " (-f NAME)" : "";
-      throw InputFailure(std::string(sgbk_error(converter_.get())) + advice);
+      input.fail(std::string(sgbk_error(converter_.get())) + advice);
     }
-    report_.add(converter_.get());
+    if (report != nullptr) {
+      std::size_t count = 0;
+      const sgbk_loss* loss = sgbk_losses(converter_.get(), &count);
+      for (; count != 0 && rowsLeft != 0; --count, --rowsLeft) rows_ += name + rowOf(*loss++);
+      if (rows_.size() > kBuffered) report->write(std::exchange(rows_, {}));
+    }
     if (output != nullptr) output->write({text, written});
-    progress_.add(size);
+    done_ += static_cast<double>(size);
+    if (isProgressShown_) showProgress(done_, total_);
   }
-  account(name);
+  account(input.name());
   return result == SGBK_OK;
 }
 
@@ -99,7 +105,7 @@ const char* Conversion::otherEncoding(const std::string& path) try {
   return nullptr;
 }
 
-void Conversion::account(const std::string& name) {
+void Conversion::account(const std::string& name) const {
   if (lost() != 0 &&
       (options_.has("strict") || options_.has("fail-on-loss") || options_.has("check"))) {
     tell(Status::losses, "");

@@ -3,29 +3,29 @@
 #ifndef SGBK_CLI_CONVERSION_H
 #define SGBK_CLI_CONVERSION_H
 
-#include <sgbk/text.hpp>
-
 #include <cstdint>
-#include <optional>
+#include <sgbk/text.hpp>
 #include <string>
 #include <vector>
 
-#include "loss_report.h"
+#include "files.h"
 #include "message.h"
 #include "options.h"
-#include "output.h"
 
 namespace cli {
 
 class Conversion {
  public:
   // Throws UsageError for what the library does not know.
-  // total  bytes of all inputs, where that is known
-  Conversion(const Options& options, std::optional<std::uint64_t> total);
+  // total  bytes of all inputs; infinite where that is not known
+  Conversion(const Options& options, double total);
 
   // Converts the input at `path` and says what was lost. False when a loss was not permitted.
-  // Throws InputFailure and OutputFailure. output  null to write nothing
-  bool convert(const std::string& path, Output* output);
+  // Throws FileFailure.
+  // output, report  null to write nothing
+  bool convert(const std::string& path, Output* output, Output* report);
+  // What the report still has to get.
+  const std::string& rows() const { return rows_; }
   // Characters of that input.
   std::uint64_t lost() const { return sgbk_lost(converter_.get()); }
 
@@ -33,16 +33,17 @@ class Conversion {
   // the file has enough characters beyond ASCII to tell; otherwise null. Throws InputFailure.
   const char* otherEncoding(const std::string& path);
 
-  LossReport& report() { return report_; }
-
  private:
-  void account(const std::string& name);
+  void account(const std::string& name) const;
 
   const Options& options_;
   sgbk::Converter converter_;
+  const std::uint64_t mostRows_;  // in the report of an input
+  std::string rows_ = kReportHead;
+  const bool isProgressShown_;
+  const double total_;
+  double done_ = 0;
   std::vector<char> buffer_;
-  LossReport report_;
-  Progress progress_;
 };
 
 }  // namespace cli

@@ -7,10 +7,9 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "input.h"
+#include "files.h"
 #include "message.h"
 #include "options.h"
-#include "output.h"
 #include "run.h"
 
 namespace {
@@ -64,5 +63,5 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     cli::tell(cli::Status::failure, error.what());
   }
-  return static_cast<int>(cli::worstStatus());
+  return static_cast<int>(cli::endMessages());
 }

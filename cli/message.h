@@ -1,11 +1,11 @@
-// What the command says on standard error, and how it ends.
+// What the command says, and how it ends.
 
 #ifndef SGBK_CLI_MESSAGE_H
 #define SGBK_CLI_MESSAGE_H
 
-#include <chrono>
+#include <sgbk/text.h>
+
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,35 +24,25 @@ std::string inHex(std::string_view bytes, const char* between = " ");
 // "U+1F600"
 std::string codePointName(std::uint32_t c);
 
+// A row of --report, without the name of the file; the first line is kReportHead.
+constexpr char kReportHead[] = "file\tline\tbyte\tbytes\treason\tcode point\n";
+std::string rowOf(const sgbk_loss& loss);
+
+// "2 of 7 characters lost (1 malformed, 1 undefined); first: line 2, byte 4: 81 41"
+std::string summaryOf(const sgbk_counts& counts, std::uint64_t lost);
+
 // A line on standard error, escaped.
 void printMessage(std::string_view text);
 
 // The same, if it is not empty; the command will end with this status, or a worse one.
 void tell(Status status, std::string_view text);
-Status worstStatus();
 
-// How far the work has come, in a line that messages take the place of.
-class Progress {
- public:
-  // total  bytes to come in all, where that is known
-  Progress(bool isShown, std::optional<std::uint64_t> total) : isShown_(isShown), total_(total) {}
-  ~Progress();
-  Progress(const Progress&) = delete;
-  Progress& operator=(const Progress&) = delete;
+// Now and then, in a line that messages take the place of, how many bytes have been read.
+// total  bytes to come in all; infinite where that is not known
+void showProgress(double done, double total);
 
-  // Says that so many bytes more have been read; shows it now and then.
-  void add(std::uint64_t bytes);
-
- private:
-  using Clock = std::chrono::steady_clock;
-
-  const bool isShown_;
-  const std::optional<std::uint64_t> total_;
-  std::uint64_t bytes_ = 0;
-  const Clock::time_point start_ = Clock::now();
-  // The first line comes only after a second: most work is done by then.
-  Clock::time_point next_ = start_ + std::chrono::seconds(1);
-};
+// Says no more; returns the worst status.
+Status endMessages();
 
 }  // namespace cli
 

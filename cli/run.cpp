@@ -1,26 +1,23 @@
 #include "run.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <set>
+#include <sstream>
 
 #include "conversion.h"
-#include "input.h"
+#include "message.h"
 
 namespace cli {
 namespace {
 
 namespace fs = std::filesystem;
-
-void tellOf(const std::string& path, const InputFailure& failure) {
-  tell(Status::failure, nameOfInput(path) + ": " + failure.what());
-}
 
 // The names in a list, each ended by a NUL character or, where there is none, by a line feed.
 std::vector<std::string> namesIn(const std::string& list) {
@@ -30,25 +27,22 @@ std::vector<std::string> namesIn(const std::string& list) {
   while (const std::size_t size = input.read(piece, sizeof piece)) text.append(piece, size);
   const char end = text.find('\0') != text.npos ? '\0' : '\n';
   std::vector<std::string> names;
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t length = std::min(text.find(end, at), text.size()) - at;
-    const std::string name = text.substr(at, length);
+  std::istringstream lines(text);
+  for (std::string name; std::getline(lines, name, end);) {
     // A name in a list is always that of a file.
     if (!name.empty()) names.push_back(name == "-" ? "./-" : name);
-    at += length + 1;
   }
   return names;
 }
 
 class Run {
  public:
-  explicit Run(const Options& options)
-      : options_(options), total_(takeNotes()), conversion_(options, total_) {
-    if (const Output* const report = conversion_.report().output()) {
-      refuseInputAs(*report);
-      if (!report->isDirect()) taken_.insert(placeOf(report->name()));
-    }
-    if (options_.has("output") && taken_.contains(placeOf(options_.value("output")))) {
+  explicit Run(const Options& options) : options_(options), conversion_(options, noteInputs()) {
+    if (!options_.has("report")) return;
+    report_ = std::make_unique<Output>(options_.value("report"));
+    refuseInputAs(*report_);
+    if (!report_->isDirect()) take(report_->name());
+    if (options_.has("output") && !take(options_.value("output"))) {
       throw UsageError("--report and -o name the same file");
     }
   }
@@ -56,25 +50,29 @@ class Run {
   void convertAll() {
     try {
       options_.isEach() ? convertEach() : convertToOne();
-    } catch (const OutputFailure& failure) {
+    } catch (const FileFailure& failure) {
       tell(Status::failure, failure.what());
     }
     putAllInPlace();
-    conversion_.report().finish();
+    if (!report_ || report_->hasFailed()) return;
+    report_->write(conversion_.rows());
+    report_->putInPlace();
   }
 
  private:
-  // Which files the inputs are, and how many bytes in all, where that is known.
-  std::optional<std::uint64_t> takeNotes() {
-    std::optional<std::uint64_t> total = 0;
+  // Which files the inputs are, and how many bytes in all; infinite where that is not known.
+  double noteInputs() {
+    double total = 0;
     for (const std::string& path : options_.files) {
-      const auto there = fileAt(path);
-      if (there && S_ISREG(there->st_mode)) {
-        inputs_.emplace(there->st_dev, there->st_ino);
-        const off_t at = path == "-" ? lseek(0, 0, SEEK_CUR) : 0;
-        if (total && there->st_size > at) *total += static_cast<std::uint64_t>(there->st_size - at);
-      } else if (there && !S_ISDIR(there->st_mode)) {
-        total.reset();
+      struct stat file;
+      const bool isStandard = path == "-";
+      if ((isStandard ? fstat(0, &file) : stat(path.c_str(), &file)) != 0) continue;
+      if (S_ISREG(file.st_mode)) {
+        inputs_.emplace(file.st_dev, file.st_ino);
+        const off_t at = isStandard ? lseek(0, 0, SEEK_CUR) : 0;
+        total += static_cast<double>(std::max<off_t>(file.st_size - at, 0));
+      } else if (!S_ISDIR(file.st_mode)) {
+        total = INFINITY;
       }
     }
     return total;
@@ -89,11 +87,11 @@ class Run {
     bool isComplete = true;
     for (const std::string& path : options_.files) {
       try {
-        if (conversion_.convert(path, output.get())) continue;
+        if (conversion_.convert(path, output.get(), report_.get())) continue;
         isComplete = false;
         break;
       } catch (const InputFailure& failure) {
-        tellOf(path, failure);
+        tell(Status::failure, failure.what());
         isComplete = false;
       }
     }
@@ -109,29 +107,31 @@ class Run {
     for (const std::string& path : options_.files) {
       try {
         if (!convertAlone(path)) return;
-      } catch (const OutputFailure& failure) {
-        if (conversion_.report().isBroken()) throw;
+      } catch (const FileFailure& failure) {
+        if (report_ && report_->hasFailed()) throw;
         tell(Status::failure, failure.what());
-      } catch (const InputFailure& failure) {
-        tellOf(path, failure);
       }
     }
   }
 
   // Converts a file to an output of its own. False when a loss was not permitted.
   bool convertAlone(const std::string& path) {
+    const auto refuse = [&](const std::string& why) { throw FileFailure(path + ": " + why); };
     const std::string target = isInPlace_ ? path : targetInFolder(path);
-    if (target.empty()) throw InputFailure("--output-dir takes neither absolute paths nor '..'");
-    const auto there = fileAt(path);
-    if (!there) throw InputFailure(std::strerror(errno));
-    if (isInPlace_ && !S_ISREG(there->st_mode)) throw InputFailure("not a regular file");
+    if (target.empty()) refuse("--output-dir takes neither absolute paths nor '..'");
+    struct stat file;
+    if (stat(path.c_str(), &file) != 0) refuse(std::strerror(errno));
+    if (isInPlace_ && !S_ISREG(file.st_mode)) refuse("not a regular file");
     // What has been converted is not in the encoding of the input any more.
-    if (!taken_.insert(placeOf(target)).second) {
-      throw InputFailure(isInPlace_ ? "is replaced or kept already"
-                                    : "another output has its name");
+    if (!take(target)) {
+      refuse(isInPlace_ ? "is replaced or kept already" : "another output has its name");
     }
     const std::string backup = suffix_.empty() ? "" : path + suffix_;
-    if (!backup.empty() && !takeFreeName(backup)) throw InputFailure(backup + " exists already");
+    std::error_code error;
+    if (!backup.empty() &&
+        (fs::symlink_status(backup, error).type() != fs::file_type::not_found || !take(backup))) {
+      refuse(backup + " exists already");
+    }
     if (isInPlace_ && !options_.has("force")) {
       if (const char* const other = conversion_.otherEncoding(path)) {
         tell(Status::losses, path + ": left as it was: it looks like " + other + ", not " +
@@ -139,11 +139,15 @@ class Run {
         return true;
       }
     }
-    if (!isInPlace_) makeFolderOf(target);
+    if (!isInPlace_) {
+      const fs::path folder = fs::path(target).parent_path();
+      fs::create_directories(folder, error);
+      if (error) throw FileFailure(folder.string() + ": " + error.message());
+    }
     auto output = std::make_unique<Output>(target);
-    if (isInPlace_ && output->isDirect()) throw InputFailure("is being written");
+    if (isInPlace_ && output->isDirect()) refuse("is being written");
     if (!isInPlace_) refuseInputAs(*output);
-    if (!conversion_.convert(path, output.get())) return false;
+    if (!conversion_.convert(path, output.get(), report_.get())) return false;
     if (conversion_.lost() != 0 && options_.has("fail-on-loss")) {
       printMessage(target + (output->old() ? ": left as it was" : ": not written"));
     } else {
@@ -155,44 +159,37 @@ class Run {
   // What replaces a file has to be on the disk before: a few are brought there one by one,
   // thousands of small ones together, as that takes no longer than one.
   void place(std::unique_ptr<Output> output, const std::string& backup) {
-    constexpr int kOneByOne = 4;
-    constexpr off_t kSmall = 1 << 20;
-    constexpr off_t kMostBytes = 256 << 20;
-    constexpr std::size_t kMost = 4096;
+    constexpr int kOneByOne = 3;
+    constexpr off_t kSmall = 1 << 18;
+    constexpr std::size_t kMost = 1024;
     if (output->isDirect() || !output->old()) return output->putInPlace();
-    struct stat status;
-    if (fstat(output->fd(), &status) != 0) output->fail("write error", errno);
-    if (status.st_size > kSmall || placedAlone_ < kOneByOne) {
+    struct stat file;
+    if (fstat(output->fd(), &file) != 0) output->fail("write error");
+    if (file.st_size > kSmall || placedAlone_ < kOneByOne) {
       ++placedAlone_;
       return output->putInPlace(backup);
     }
-    if (status.st_dev != device_) putAllInPlace();
-    if (onDevice_ < 0) {
-      device_ = status.st_dev;
-      onDevice_ = fcntl(output->fd(), F_DUPFD_CLOEXEC, 3);
-      if (onDevice_ < 0) output->fail("write error", errno);
-    }
-    output->finish(false);
+    if (file.st_dev != device_ || waiting_.size() == kMost) putAllInPlace();
+    device_ = file.st_dev;
+    // The first one stays open, for the call that brings all to the disk.
+    if (!waiting_.empty()) output->finish(false);
     waiting_.emplace_back(std::move(output), backup);
-    waitingBytes_ += status.st_size;
-    if (waitingBytes_ > kMostBytes || waiting_.size() == kMost) putAllInPlace();
   }
 
   void putAllInPlace() {
-    if (onDevice_ < 0) return;
-    int error = EINTR;
-    while (error == EINTR) error = syncfs(onDevice_) == 0 ? 0 : errno;
-    close(std::exchange(onDevice_, -1));
+    int error = 0;
+    if (waiting_.size() > 1 && TEMP_FAILURE_RETRY(syncfs(waiting_[0].first->fd())) != 0) {
+      error = errno;
+    }
     for (const auto& [output, backup] : waiting_) {
       try {
         if (error != 0) output->fail("write error", error);
         output->putInPlace(backup);
-      } catch (const OutputFailure& failure) {
+      } catch (const FileFailure& failure) {
         tell(Status::failure, failure.what());
       }
     }
     waiting_.clear();
-    waitingBytes_ = 0;
   }
 
   // Empty for a path that leads out of the folder.
@@ -202,25 +199,15 @@ class Run {
     return (fs::path(options_.value("output-dir")) / below).lexically_normal();
   }
 
-  static void makeFolderOf(const fs::path& path) {
-    std::error_code error;
-    fs::create_directories(path.parent_path(), error);
-    if (error) throw OutputFailure(path.parent_path().string() + ": " + error.message());
-  }
-
-  // Whether a name is neither that of a file nor promised to one.
-  bool takeFreeName(const std::string& path) {
-    std::error_code error;
-    const bool isFree = fs::symlink_status(path, error).type() == fs::file_type::not_found;
-    return isFree && taken_.insert(placeOf(path)).second;
-  }
+  // Whether the path leads to what is not taken yet; it is now.
+  bool take(const std::string& path) { return taken_.insert(placeOf(path)).second; }
 
   // An output that is an input would be destroyed, or be read for ever.
   void refuseInputAs(const Output& output) const {
     const auto& old = output.old();
     if (old && inputs_.contains({old->st_dev, old->st_ino})) {
-      throw OutputFailure(output.name() +
-                          ": is an input too, which would be destroyed; use -i to replace it");
+      throw FileFailure(output.name() +
+                        ": is an input too, which would be destroyed; use -i to replace it");
     }
   }
 
@@ -229,26 +216,21 @@ class Run {
   const std::string suffix_ = options_.value("in-place");
   std::set<std::pair<dev_t, ino_t>> inputs_;
   std::set<std::string> taken_;  // places that are written or kept
-  const std::optional<std::uint64_t> total_;
   Conversion conversion_;
+  std::unique_ptr<Output> report_;
 
-  // Outputs that wait to be put in place, all on one device.
-  std::vector<std::pair<std::unique_ptr<Output>, std::string>> waiting_;  // with their backups
-  off_t waitingBytes_ = 0;
+  // Outputs that wait to be put in place, all on one device, with their backups.
+  std::vector<std::pair<std::unique_ptr<Output>, std::string>> waiting_;
   dev_t device_ = 0;
-  int onDevice_ = -1;  // a descriptor
   int placedAlone_ = 0;
 };
 
 }  // namespace
 
 void convertFiles(Options options) {
-  try {
-    const std::string list = options.value("files-from");
-    const auto names = list.empty() ? std::vector<std::string>() : namesIn(list);
+  if (options.has("files-from")) {
+    const auto names = namesIn(options.value("files-from"));
     options.files.insert(options.files.end(), names.begin(), names.end());
-  } catch (const InputFailure& failure) {
-    return tellOf(options.value("files-from"), failure);
   }
   Run(options).convertAll();
 }

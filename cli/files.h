@@ -1,10 +1,12 @@
-// Writing: every error is reported, and a file is either the old one or the complete new one.
+// Reading and writing: every error is told, and a file is either the old one or the complete new
+// one.
 
-#ifndef SGBK_CLI_OUTPUT_H
-#define SGBK_CLI_OUTPUT_H
+#ifndef SGBK_CLI_FILES_H
+#define SGBK_CLI_FILES_H
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -12,23 +14,55 @@
 
 namespace cli {
 
-// Without a message when the reader of the pipe has gone: nobody wants to hear about it.
-struct OutputFailure : std::runtime_error {
+// What went wrong with a file. Empty when the reader of the pipe has gone: nobody wants to hear
+// about it.
+struct FileFailure : std::runtime_error {
   using std::runtime_error::runtime_error;
+};
+
+// The others can be read all the same.
+struct InputFailure : FileFailure {
+  using FileFailure::FileFailure;
+};
+
+// Keeps files opened later from taking the numbers of standard streams that were closed: with
+// them, output would go to the wrong file. Use of such a stream fails with "Bad file descriptor".
+void occupyClosedStandardStreams();
+
+// Where a path leads, symbolic links resolved, also when nothing is there yet.
+std::string placeOf(const std::string& path);
+
+class Input {
+ public:
+  // "-" is standard input. What fails throws InputFailure.
+  explicit Input(const std::string& path);
+  ~Input();
+  Input(const Input&) = delete;
+  Input& operator=(const Input&) = delete;
+
+  // Returns 0 at the end only, otherwise as soon as there is anything.
+  std::size_t read(char* to, std::size_t size);
+
+  const std::string& name() const { return name_; }
+  int fd() const { return fd_; }
+  [[noreturn]] void fail(const std::string& what) const;
+
+ private:
+  std::string name_;
+  int fd_;
 };
 
 class Output {
  public:
   // A regular file is written beside `path`, with the mode and, where permitted, the owner of an
   // old one, until it is put in place. What is no regular file is written directly, and so is
-  // standard output, by the name "-". Throws OutputFailure.
+  // standard output, by the name "-". What fails throws FileFailure.
   explicit Output(const std::string& path);
   // Removes what was not put in place.
   ~Output();
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
 
-  // These throw OutputFailure.
   void write(std::string_view text);
   // Ends writing: a full disk or a network may only tell now.
   // isSynced  brings the file to the disk
@@ -43,7 +77,8 @@ class Output {
   bool isDirect() const { return target_.empty(); }
   // The file that is written directly or will be replaced, if there is one.
   const std::optional<struct stat>& old() const { return old_; }
-  [[noreturn]] void fail(const std::string& what, int error) const;
+  [[noreturn]] void fail(const std::string& what, int error = errno);
+  bool hasFailed() const { return hasFailed_; }
 
  private:
   void openBeside(const std::string& path);
@@ -54,10 +89,8 @@ class Output {
   std::string target_;     // the regular file to replace, symbolic links resolved
   std::string temporary_;  // the name of the new file until then
   std::optional<struct stat> old_;
+  bool hasFailed_ = false;
 };
-
-// Where a path leads, symbolic links resolved, also when nothing is there yet.
-std::string placeOf(const std::string& path);
 
 }  // namespace cli
 

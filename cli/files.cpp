@@ -1,4 +1,4 @@
-#include "output.h"
+#include "files.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -12,31 +12,36 @@
 #include <cstring>
 #include <filesystem>
 #include <set>
-
-#include "input.h"
+#include <utility>
 
 namespace cli {
 namespace {
 
-std::string folderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "" : path.substr(0, slash + 1);
-}
+namespace fs = std::filesystem;
 
 // Where a symbolic link leads in the end, also when nothing is there yet.
-std::string resolved(std::string path) {
+fs::path resolved(fs::path path) {
+  std::error_code error;
   for (int links = 0; links < 40; ++links) {
-    char to[4096];
-    const ssize_t size = readlink(path.c_str(), to, sizeof to);
-    if (size < 0 || static_cast<std::size_t>(size) == sizeof to) break;
-    const std::string next(to, static_cast<std::size_t>(size));
-    path = next.starts_with('/') ? next : folderOf(path) + next;
+    const fs::path next = fs::read_symlink(path, error);
+    if (error) break;
+    path.replace_filename(next);
   }
   return path;
 }
 
-bool isSameFile(const struct stat& a, const struct stat& b) {
-  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+int openFile(const std::string& path, int mode) {
+  return static_cast<int>(TEMP_FAILURE_RETRY(open(path.c_str(), mode | O_CLOEXEC)));
+}
+
+// After a failed call: whether a signal or, where somebody made the stream non-blocking, the other
+// side was the only reason. Waits for it.
+bool canTryAgain(int fd, short events) {
+  if (errno == EINTR) return true;
+  if (errno != EAGAIN) return false;
+  struct pollfd wanted = {fd, events, 0};
+  poll(&wanted, 1, -1);
+  return true;
 }
 
 // A descriptor of its own for a path that only names an open one, such as /dev/stdout or /dev/fd/3:
@@ -50,16 +55,11 @@ int openedAlready(const std::string& path, const struct stat& file) {
     struct stat standard;
     const int flags = fcntl(fd, F_GETFL);
     if (flags == -1 || (flags & O_ACCMODE) == O_RDONLY) continue;
-    if (fstat(fd, &standard) != 0 || !isSameFile(standard, file)) continue;
+    if (fstat(fd, &standard) != 0) continue;
+    if (standard.st_dev != file.st_dev || standard.st_ino != file.st_ino) continue;
     return fcntl(fd, F_DUPFD_CLOEXEC, 3);
   }
   return -1;
-}
-
-mode_t modeOfNewFiles() {
-  const mode_t mask = umask(0);
-  umask(mask);
-  return 0666 & ~mask;
 }
 
 // The names of new files that are not in place yet. They change only while signals are held, so
@@ -105,46 +105,72 @@ bool catchSignals() {
 
 }  // namespace
 
+void occupyClosedStandardStreams() {
+  for (int fd = 0; fd <= 2; ++fd) {
+    if (fcntl(fd, F_GETFD) != -1) continue;
+    // With what can neither be read or written nor, as /dev/stdout, be opened for it.
+    const int opened = fd == 0 ? open("/dev/null", O_WRONLY) : open("/", O_PATH);
+    if (opened != fd) close(opened);
+  }
+}
+
 std::string placeOf(const std::string& path) {
-  namespace fs = std::filesystem;
   std::error_code error;
   const fs::path place = fs::weakly_canonical(fs::absolute(resolved(path), error), error);
   return error ? path : place.string();
 }
 
+Input::Input(const std::string& path)
+    : name_(path == "-" ? "standard input" : path),
+      fd_(path == "-" ? STDIN_FILENO : openFile(path, O_RDONLY)) {
+  if (fd_ < 0) fail(std::strerror(errno));
+  posix_fadvise(fd_, 0, 0, POSIX_FADV_SEQUENTIAL);
+}
+
+Input::~Input() {
+  if (fd_ != STDIN_FILENO) close(fd_);
+}
+
+void Input::fail(const std::string& what) const { throw InputFailure(name_ + ": " + what); }
+
+// Of a directory, it is reading that fails.
+std::size_t Input::read(char* to, std::size_t size) {
+  for (;;) {
+    const ssize_t got = ::read(fd_, to, size);
+    if (got >= 0) return static_cast<std::size_t>(got);
+    if (!canTryAgain(fd_, POLLIN)) fail(std::strerror(errno));
+  }
+}
+
 Output::Output(const std::string& path) : name_(path == "-" ? "standard output" : path) {
+  struct stat status;
   if (path == "-") {
-    fd_ = fcntl(1, F_DUPFD_CLOEXEC, 3);
+    fd_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
   } else {
-    struct stat status;
     if (stat(path.c_str(), &status) == 0) old_ = status;
-    if (!old_ && errno == ELOOP) fail("cannot be written", errno);
+    if (!old_ && errno == ELOOP) fail("cannot be written");
     if (old_) fd_ = openedAlready(path, *old_);
     if (fd_ < 0 && (!old_ || S_ISREG(old_->st_mode))) {
       openBeside(path);
-      return;
-    }
-    // By the name as given: links in /proc lead to names that do not exist, like "pipe:[123]".
-    while (fd_ < 0 && (fd_ = open(path.c_str(), O_WRONLY | O_CLOEXEC)) < 0 && errno == EINTR) {
+    } else if (fd_ < 0) {
+      // By the name as given: links in /proc lead to names that do not exist, like "pipe:[123]".
+      fd_ = openFile(path, O_WRONLY);
     }
   }
-  if (fd_ < 0) fail("cannot be written", errno);
-  struct stat status;
-  if (fstat(fd_, &status) == 0) old_ = status;
+  if (fd_ < 0) fail("cannot be written");
+  if (isDirect() && fstat(fd_, &status) == 0) old_ = status;
 }
 
 void Output::openBeside(const std::string& path) {
   static const bool isCaught = catchSignals();
   static_cast<void>(isCaught);
   target_ = resolved(path);
-  if (old_ && access(target_.c_str(), W_OK) != 0) fail("cannot be written", errno);
-  const std::string folder = folderOf(target_);
+  if (old_ && access(target_.c_str(), W_OK) != 0) fail("cannot be written");
+  const std::string folder = target_.substr(0, target_.rfind('/') + 1);
   const SignalsHeld held;
   std::string name = folder + ".sgbk-XXXXXX";
   fd_ = mkostemp(name.data(), O_CLOEXEC);
-  if (fd_ < 0) {
-    fail("cannot make a new file in its folder, " + (folder.empty() ? "." : folder), errno);
-  }
+  if (fd_ < 0) fail("cannot make a new file in its folder, " + (folder.empty() ? "." : folder));
   temporaries.insert(temporary_ = name);
 }
 
@@ -152,26 +178,25 @@ void Output::openBeside(const std::string& path) {
 // writing and a new owner clear parts of it; what lends the rights of an owner or of a group does
 // not lend those of another.
 void Output::takeOverOwnerAndMode() {
-  mode_t mode = old_ ? old_->st_mode & 07777 : modeOfNewFiles();
-  if (old_) {
-    const bool isGroupKept = fchown(fd_, static_cast<uid_t>(-1), old_->st_gid) == 0;
-    const bool isOwnerKept = fchown(fd_, old_->st_uid, static_cast<gid_t>(-1)) == 0;
-    if (!isGroupKept) mode &= ~static_cast<mode_t>(S_ISGID);
-    if (!isOwnerKept) mode &= ~static_cast<mode_t>(S_ISUID);
-  }
-  if (fchmod(fd_, mode) != 0) fail("cannot take over the mode", errno);
+  const mode_t mask = umask(0);
+  umask(mask);
+  mode_t mode = old_ ? old_->st_mode & 07777 : 0666 & ~mask;
+  if (old_ && fchown(fd_, static_cast<uid_t>(-1), old_->st_gid) != 0) mode &= ~mode_t{S_ISGID};
+  if (old_ && fchown(fd_, old_->st_uid, static_cast<gid_t>(-1)) != 0) mode &= ~mode_t{S_ISUID};
+  if (fchmod(fd_, mode) != 0) fail("cannot take over the mode");
 }
 
 Output::~Output() {
-  if (fd_ > 2) close(fd_);
+  if (fd_ >= 0) close(fd_);
   if (temporary_.empty()) return;
   const SignalsHeld held;
   unlink(temporary_.c_str());
   temporaries.erase(temporary_);
 }
 
-void Output::fail(const std::string& what, int error) const {
-  throw OutputFailure(error == EPIPE ? "" : name_ + ": " + what + ": " + std::strerror(error));
+void Output::fail(const std::string& what, int error) {
+  hasFailed_ = true;
+  throw FileFailure(error == EPIPE ? "" : name_ + ": " + what + ": " + std::strerror(error));
 }
 
 void Output::write(std::string_view text) {
@@ -180,20 +205,16 @@ void Output::write(std::string_view text) {
     if (written >= 0) {
       text.remove_prefix(static_cast<std::size_t>(written));
     } else if (!canTryAgain(fd_, POLLOUT)) {
-      fail("write error", errno);
+      fail("write error");
     }
   }
 }
 
 void Output::finish(bool isSynced) {
   if (!isDirect()) takeOverOwnerAndMode();
-  while (isSynced && fsync(fd_) != 0) {
-    if (errno != EINTR) fail("write error", errno);
-  }
-  const int fd = fd_;
-  fd_ = -1;
+  if (isSynced && TEMP_FAILURE_RETRY(fsync(fd_)) != 0) fail("write error");
   // After a signal, too, the descriptor is closed.
-  if (close(fd) != 0 && errno != EINTR) fail("write error", errno);
+  if (close(std::exchange(fd_, -1)) != 0 && errno != EINTR) fail("write error");
 }
 
 void Output::putInPlace(const std::string& backup) {
@@ -201,30 +222,23 @@ void Output::putInPlace(const std::string& backup) {
   if (isDirect()) return;
   // A signal would leave a backup of a file that is still there.
   const SignalsHeld held;
-  bool isLinked = false;
-  if (!backup.empty()) {
-    isLinked = link(target_.c_str(), backup.c_str()) == 0;
-    // Some file systems have no second names; the file is then away for a moment.
-    if (!isLinked &&
-        renameat2(AT_FDCWD, target_.c_str(), AT_FDCWD, backup.c_str(), RENAME_NOREPLACE) != 0) {
-      fail("cannot keep the old file as " + backup, errno);
-    }
+  // Some file systems have no second names; the file is then away for a moment.
+  if (!backup.empty() && link(target_.c_str(), backup.c_str()) != 0 &&
+      renameat2(AT_FDCWD, target_.c_str(), AT_FDCWD, backup.c_str(), RENAME_NOREPLACE) != 0) {
+    fail("cannot keep the old file as " + backup);
   }
   int result = renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, target_.c_str(),
                          old_ ? 0 : RENAME_NOREPLACE);
   // Some file systems know only the plain call.
   if (result != 0 && errno == EINVAL) result = rename(temporary_.c_str(), target_.c_str());
-  if (result == 0) {
-    temporaries.erase(temporary_);
-    return temporary_.clear();
+  if (result != 0) {
+    const int error = errno;
+    // Renaming one of two names of a file to the other does nothing.
+    if (!backup.empty() && rename(backup.c_str(), target_.c_str()) == 0) unlink(backup.c_str());
+    fail("cannot be put in place", error);
   }
-  const int error = errno;
-  if (isLinked) {
-    unlink(backup.c_str());
-  } else if (!backup.empty()) {
-    rename(backup.c_str(), target_.c_str());
-  }
-  fail("cannot be put in place", error);
+  temporaries.erase(temporary_);
+  temporary_.clear();
 }
 
 }  // namespace cli
