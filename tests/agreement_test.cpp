@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 
 #include "support/hex.h"
 #include "support/operations.h"
@@ -61,21 +59,6 @@ TEST_P(Agreement, OnEveryPairOfBytes) {
     std::string run = pair;
     for (int i = 0; i < 10; ++i) run += pair;
     agreeWithRoom(run);
-  }
-}
-
-// Big5 and UTF-8, byte by byte and with a NUL behind every byte, from eight places on.
-TEST_P(Agreement, OnRealText) {
-  for (const char* const name : {"/examples/page.big5.html", "/data/README.md"}) {
-    std::ifstream file(std::string(SGBK_FOLDER) + name, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
-    ASSERT_GT(text.size(), 2000u);
-    std::string units;
-    for (const char c : text) units += {c, '\0'};
-    for (std::size_t at = 0; at < 8; ++at) {
-      agreeWithRoom(text.substr(at));
-      agreeWithRoom(units.substr(at));
-    }
   }
 }
 

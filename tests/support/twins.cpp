@@ -80,17 +80,26 @@ gchar_t simplified(gchar_t code) {
 
 std::string upToNul(const std::string& src) { return src.substr(0, src.find('\0')); }
 
-Outcome twinPairs(const std::string& src, Writer out, bool isBig5) {
-  for (size_t i = 0; i < src.size();) {
-    const int b = at(src, i++);
-    if (b <= 0x7F) {
-      out.unit(at(isBig5 ? tables().big5 : tables().simplified, b));
-    } else if (b != 0x80 && b != 0xFF && i < src.size()) {
-      const gchar_t code = pairOf(b, at(src, i++));
-      out.unit(isBig5 ? tables().big5[code] : simplified(code));
+// A byte stream, or an array ended by a 0 unit.
+Outcome twinPairs(const std::string& src, Writer out, const std::string& name, bool ifcase) {
+  const bool isBig5 = name == "b52sgbk", isArray = !isBig5 && name != "t2sgbk";
+  const Table& table = isBig5 ? tables().big5 : tables().simplified;
+  const std::string text = isArray ? upToNul(src) : src;
+  for (size_t i = 0; i < text.size();) {
+    const int b = at(text, i++);
+    if (b == 0x80 || b == 0xFF || (b > 0x7F && !isArray && i == text.size())) continue;
+    gchar_t unit = at(table, b);
+    if (b > 0x7F) {
+      const gchar_t code = pairOf(b, text.c_str()[i++] & 0xFF);
+      if (name == "t2sgchar_cache" && (code == 0xA1FD || code == 0xA2FD)) continue;
+      const bool isCopied = name == "dbc2gchar" && !isGBKUndefinedChar(code);
+      unit = isCopied ? code : isBig5 ? table[code] : simplified(code);
     }
+    out.unit(ifcase ? toLowerCase(unit) : unit);
   }
-  return out.written();
+  if (!isArray) return out.written();
+  out.unit(0);
+  return out.done(out.full ? -1 : out.n / 2 - 1);
 }
 
 void putUnicode(Writer& out, int code) {
@@ -161,23 +170,6 @@ Outcome twinHz(const std::string& src, Writer out, bool isWide) {
     }
   }
   return out.written();
-}
-
-Outcome twinArray(const std::string& src, Writer out, const std::string& name, bool ifcase) {
-  const std::string text = upToNul(src);
-  for (size_t i = 0; i < text.size(); ++i) {
-    const int b = at(text, i);
-    if (b == 0x80 || b == 0xFF) continue;
-    gchar_t unit = at(tables().simplified, b);
-    if (b > 0x7F) {
-      const gchar_t code = pairOf(b, text.c_str()[++i] & 0xFF);
-      if (name == "t2sgchar_cache" && (code == 0xA1FD || code == 0xA2FD)) continue;
-      unit = name == "dbc2gchar" && !isGBKUndefinedChar(code) ? code : simplified(code);
-    }
-    out.unit(ifcase ? toLowerCase(unit) : unit);
-  }
-  out.unit(0);
-  return out.done(out.full ? -1 : out.n / 2 - 1);
 }
 
 Outcome twinFold(const std::string& src, Writer out, const std::string& name, bool ifcase) {
@@ -308,7 +300,7 @@ const Tables& tables() {
 Outcome twin(const std::string& operation, const std::string& src, Destination to) {
   const bool ifcase = operation.ends_with(" case");
   const std::string name = operation.substr(0, operation.size() - (ifcase ? 5 : 0));
-  if (name == "b52sgbk" || name == "t2sgbk") return twinPairs(src, {to}, name == "b52sgbk");
+  if (name == "b52sgbk" || name == "t2sgbk") return twinPairs(src, {to}, name, ifcase);
   if (name.starts_with("uc2sgbk")) return twinUcs2(src, {to}, name == "uc2sgbk_DB");
   if (name == "utf82sgbk") return twinUtf8(src, {to});
   if (name.starts_with("hz")) return twinHz(src, {to}, name == "hz2sgbk");
@@ -319,7 +311,7 @@ Outcome twin(const std::string& operation, const std::string& src, Destination t
   if (name.starts_with("de")) return twinEntity(src, {to}, name);
   const Writer units{{2 * to.size, to.fill}};
   if (name.starts_with("trimgPunc")) return twinTrim(src, units, name.ends_with("counted"));
-  return twinArray(src, units, name, ifcase);
+  return twinPairs(src, units, name, ifcase);
 }
 
 }  // namespace sgbk_test
