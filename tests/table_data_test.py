@@ -78,9 +78,7 @@ compatible = transliterated("Any-NFKC")
 full_width = transliterated("Halfwidth-Fullwidth")
 
 gbk, to_gbk = decoded("GB18030"), encoded("GB18030")
-# Two tables of Big5, as each has oddities of its own. The second one knows the common rows alone.
 big5, to_big5 = decoded("BIG5-HKSCS"), encoded("BIG5-HKSCS")
-taiwan_big5, to_taiwan_big5 = decoded("BIG5"), encoded("BIG5")
 to_gbk |= {gbk[code]: code for code in PAIRS if gbk[code] in map(chr, MOVED.values())}
 # The codes with a public character, but those that GBK leaves free, and ten without a character.
 cells = {code for code in PAIRS if gbk[code] and not "\uE000" <= gbk[code] <= "\uF8FF"}
@@ -182,14 +180,6 @@ expect_known("uc2sgbk", {
 expect_known("big52sgbk", {
     f"{code:04X}={shown(big52sgbk[code], gbk)}"
     for code in CODES if big52sgbk[code] != big5_form(big5.get(code, ""))
-})
-expect_known("big52sgbk by BIG5", {
-    f"{code:04X}={shown(big52sgbk[code], gbk)}"
-    for code, c in taiwan_big5.items() if c and is_common(code) and big52sgbk[code] != big5_form(c)
-})
-expect_known("gbk2big5 by BIG5", {
-    f"{shown(code, gbk)}={shown(own_first[code], big5)}"
-    for code in cells if (own := to_taiwan_big5[gbk[code]]) and is_common(own) and own_first[code] != own
 })
 for name, first in ("gbk2big5", False), ("gbk2big5_traditional_first", True):
     table = by_code(name)
