@@ -1,9 +1,9 @@
-"""The package beside Python's own codecs, and its routes beside each other: any cutting, any kind
-of buffer, any thread."""
+"""The routes of the package beside each other: any cutting, any kind of buffer, any thread."""
 
 import array
 import gzip
 import io
+import itertools
 import mmap
 import os
 import pathlib
@@ -17,8 +17,6 @@ import pytest
 
 import sgbk
 
-SOURCES = {"big5": "big5hkscs", "gbk": "gb18030", "utf-8": "utf-8", "ucs-2le": "utf-16-le",
-           "hz": "hz"}
 PIECE = sgbk._PIECE
 
 
@@ -50,19 +48,9 @@ def test_a_str_holds_every_character():
     assert result.losses == [] and result.counts.characters == len(text)
     decoded = sgbk.decode(text.encode(), "utf-8")
     assert decoded == result.data.decode() and len(decoded) == len(text)
-    # Some have a simpler form; a blank stands for blanks only.
-    for before, after in zip(text, decoded):
-        assert before == after or before < "\U00010000" and after != "\u3000" or before.isspace()
 
 
-@pytest.mark.parametrize("source", SOURCES)
-def test_simplified_text_is_what_the_codec_makes_of_it(source):
-    text = "国语，学而时习之 ABC\n" * (PIECE // 20)
-    data = text.encode(SOURCES[source], "ignore")
-    assert sgbk.decode(data, source) == data.decode(SOURCES[source])
-
-
-@pytest.mark.parametrize("source", SOURCES)
+@pytest.mark.parametrize("source", ["big5", "gbk", "utf-8", "ucs-2le", "hz"])
 def test_all_routes_give_one_text_and_one_account(source, tmp_path):
     data = bytes(random.Random(2).choices(range(256), k=3000)) + b"\n" + LONG
     whole = sgbk.convert(data, source, "utf-8", losses=True, entities=True)
@@ -204,26 +192,22 @@ def test_threads_and_a_fork():
 
 
 def test_other_threads_run_while_it_converts():
-    ticks, done = 0, False
+    ticks, done = itertools.count(), threading.Event()
 
     def tick():
-        nonlocal ticks
-        while not done:
-            ticks += 1
+        while not done.is_set():
+            next(ticks)
             time.sleep(0)
 
     interval = sys.getswitchinterval()
-    thread = threading.Thread(target=tick)
+    thread = threading.Thread(target=tick, daemon=True)
     thread.start()
     # From here on a thread runs until it waits, or lets others run.
     sys.setswitchinterval(1000)
-    try:
-        data = LONG * 20
-        before = ticks
-        sgbk.convert(data, "big5")
-        after = ticks
-    finally:
-        sys.setswitchinterval(interval)
-        done = True
-        thread.join()
-    assert after > before
+    before = next(ticks)
+    sgbk.convert(LONG * 20, "big5")
+    after = next(ticks)
+    sys.setswitchinterval(interval)
+    done.set()
+    thread.join()
+    assert after > before + 1
