@@ -3,6 +3,7 @@
 #ifndef SGBK_TESTS_HEX_H
 #define SGBK_TESTS_HEX_H
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -15,7 +16,7 @@ namespace sgbk_test {
 inline std::string fromHex(const std::string& hex, std::size_t step = 3) {
   std::string bytes;
   for (std::size_t i = 0; i < hex.size(); i += step) {
-    bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+    bytes += static_cast<char>(std::strtoul(hex.substr(i, 2).c_str(), nullptr, 16));
   }
   return bytes;
 }
@@ -29,15 +30,6 @@ inline std::string toHex(const std::string& bytes) {
   return hex;
 }
 
-// Two digits for each byte, and a space between two of them.
-inline bool isHex(const std::string& text) {
-  bool fits = text.size() % 3 == 2;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    fits &= std::string(i % 3 == 2 ? " " : "0123456789ABCDEF").find(text[i]) != std::string::npos;
-  }
-  return fits;
-}
-
 // What stands between its backquotes: in hexadecimal or as it is, "3 × `B0 A1`" three times.
 inline std::string quoted(const std::string& cell) {
   std::string bytes, before, text;
@@ -45,7 +37,8 @@ inline std::string quoted(const std::string& cell) {
   while (std::getline(parts, before, '`') && std::getline(parts, text, '`')) {
     const bool isRepeated = before.ends_with(" × ");
     const int times = isRepeated ? std::stoi(before.substr(before.find_first_of("0123456789"))) : 1;
-    for (int i = 0; i < times; ++i) bytes += isHex(text) ? fromHex(text) : text;
+    const bool isHex = toHex(fromHex(text)) == text + ' ';
+    for (int i = 0; i < times; ++i) bytes += isHex ? fromHex(text) : text;
   }
   return bytes;
 }

@@ -124,13 +124,10 @@ std::vector<std::string> Operation::tellingStrings(int length) const {
 }
 
 std::string Operation::tellingCharacter(std::mt19937& random) const {
-  // An ideograph, a letter, marks, blanks and line ends, a shape, an unassigned code among the
-  // shapes, a 0 unit, an ASCII character.
-  const std::string units = fromHex(
-      "B0 A1 B0 A2 A3 C1 A1 A3 A3 BE A1 A3 A1 A1 A1 A1 FD A3 A1 EE A6 EC AA A1 00 00 41 00");
-  if (text == Text::units) return units.substr(random() % (units.size() / 2) * 2, 2);
   const std::string bytes = alphabet();
-  return {bytes[random() % bytes.size()]};
+  std::string character;
+  for (int i = 0; i < (readsUnits() ? 2 : 1); ++i) character += bytes[random() % bytes.size()];
+  return character;
 }
 
 std::string Operation::randomCharacter(std::mt19937& random) const {

@@ -63,7 +63,7 @@ struct Operation {
   // A few bytes between which the operation makes all its distinctions; all strings of them.
   std::string alphabet() const;
   std::vector<std::string> tellingStrings(int length) const;
-  // A byte of the alphabet, or a unit of the same kind.
+  // A byte of the alphabet, or a unit of two of them.
   std::string tellingCharacter(std::mt19937& random) const;
   // One character, mostly a mapped one; or the name of an entity.
   std::string randomCharacter(std::mt19937& random) const;

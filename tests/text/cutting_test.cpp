@@ -86,7 +86,7 @@ TEST(Auto, TakesTheInputForWhatDetectSaysOfAllThatCame) {
     std::string text;
     const char* const kSources[] = {"auto", "big5", "gbk", "utf-8", "hz", "ucs-2le", "auto"};
     for (int k = 0; k < 3; ++k) text += randomText(kSources[random() % 7], 6, random);
-    for (const std::size_t piece : {1, 2, 7, 10000}) {
+    for (const std::size_t piece : Pieces{1, 2, 7, 10000}) {
       const Handle c = open("auto utf-8");
       for (std::size_t at = 0; at < text.size(); at += piece) {
         const std::string_view part = std::string_view(text).substr(at, piece);
