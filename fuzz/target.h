@@ -1,5 +1,5 @@
-// What every fuzz target has around its faultOf: what libFuzzer calls, and in the place of libFuzzer
-// a main that takes the files named.
+// What every fuzz target has around its faultOf: what libFuzzer calls, and in its place a main that
+// takes the files named.
 
 #ifndef SGBK_FUZZ_TARGET_H
 #define SGBK_FUZZ_TARGET_H

@@ -101,8 +101,7 @@ TEST(Auto, TakesTheInputForWhatDetectSaysOfAllThatCame) {
 }
 
 TEST(Auto, WritesAsciiAtOnce) {
-  const std::string text =
-      "<html>\r\n<body>text ~ text ~~ \x7F ~{ \n" + std::string(300000, 'x') + "~";
+  const std::string text = "<html>\r\n<body>text ~ \x7F\n" + std::string(300000, 'x') + "~\n";
   const Handle c = open("auto utf-8");
   std::size_t written = 0;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -110,11 +109,9 @@ TEST(Auto, WritesAsciiAtOnce) {
     std::size_t size;
     ASSERT_EQ(sgbk_convert(c.get(), &text[at], 1, 0, &out, &size), SGBK_OK);
     written += size;
-    const bool mayOpen = text[at] == '~' && (at == 0 || text[at - 1] != '~');
-    const std::size_t waits = std::min(text.find("~{"), at + !mayOpen);
-    const bool isInLine = at >= waits && at < text.find('\n', waits);
+    // In UTF-16 a NUL may follow at the beginning; a tilde may begin an escape.
     if (at < 16) continue;
-    ASSERT_EQ(written, isInLine ? waits : at + !mayOpen) << at;
+    ASSERT_EQ(written, text[at] == '~' ? at : at + 1) << at;
   }
 }
 
