@@ -10,10 +10,14 @@ namespace {
 
 // An argument in brackets may be left out.
 constexpr sgbk_option kOwn[] = {
+    // What users of iconv type, without help. -s asks for what happens anyway, as -c does.
+    {"from-code", "NAME", 'f', nullptr},
+    {"to-code", "NAME", 't', nullptr},
+    {"silent", nullptr, 's', nullptr},
     {"from", "NAME", 'f', "encoding of the input (auto)"},
     {"to", "NAME", 't', "encoding of the output (gbk)"},
     {"output", "FILE", 'o', "write FILE, put in place when complete"},
-    {"in-place", "[SUFFIX]", 'i', "replace each FILE; with SUFFIX keep the old one"},
+    {"in-place", "[=SUFFIX]", 'i', "replace each FILE; with SUFFIX keep the old one"},
     {"output-dir", "DIR", 0, "write each FILE under its name in DIR"},
     {"files-from", "FILE", 0, "convert the files named in FILE, one a line"},
     {"force", nullptr, 0, "-i also where the text looks like another encoding"},
@@ -30,45 +34,34 @@ constexpr sgbk_option kOwn[] = {
     {"version", nullptr, 'V', "version, and the SHA-256 of the loaded tables"},
 };
 
-// What users of iconv type. -c and -s ask for what happens anyway.
-constexpr option kOtherNames[] = {{"from-code", required_argument, nullptr, 'f'},
-                                  {"to-code", required_argument, nullptr, 't'},
-                                  {"silent", no_argument, nullptr, 's'}};
-
 bool isOptional(const char* argument) { return argument != nullptr && *argument == '['; }
 
 [[noreturn]] void refuse(const std::string& message) { throw UsageError(message); }
 
-std::vector<sgbk_option> allOptions() {
-  std::vector<sgbk_option> rows(std::begin(kOwn), std::end(kOwn));
-  rows.insert(rows.end(), textOptions().begin(), textOptions().end());
-  return rows;
-}
-
-// The tables as getopt_long() wants them. Options without a letter are told apart by values that no
-// letter has.
+// The tables as getopt_long() wants them, row by row. Options without a letter are told apart by
+// values that no letter has.
 struct Parser {
-  static constexpr int kFirstValue = 0x100;
-
-  const std::vector<sgbk_option> rows = allOptions();
-  std::string letters = ":cs";
-  std::vector<option> names{std::begin(kOtherNames), std::end(kOtherNames)};
+  std::vector<sgbk_option> rows{std::begin(kOwn), std::end(kOwn)};
+  std::string letters = ":c";
+  std::vector<option> names;
 
   Parser() {
+    rows.insert(rows.end(), textOptions().begin(), textOptions().end());
     for (const sgbk_option& row : rows) {
       const int kind = row.argument == nullptr ? no_argument : 1 + isOptional(row.argument);
-      const int number = kFirstValue + static_cast<int>(&row - rows.data());
-      names.push_back({row.name, kind, nullptr, row.letter != 0 ? row.letter : number});
+      const int value = row.letter != 0 ? row.letter : 0x100 + static_cast<int>(names.size());
+      names.push_back({row.name, kind, nullptr, value});
       if (row.letter != 0) letters += row.letter + std::string(static_cast<std::size_t>(kind), ':');
     }
     names.push_back({nullptr, 0, nullptr, 0});
   }
 
-  // Null for none.
+  // Null for none. The last of several names is the one that is told.
   const sgbk_option* rowOf(int value) const {
-    if (value >= kFirstValue) return &rows[static_cast<std::size_t>(value - kFirstValue)];
-    const auto row = std::ranges::find(rows, value, &sgbk_option::letter);
-    return value != 0 && row != rows.end() ? &*row : nullptr;
+    for (std::size_t i = rows.size(); i-- != 0;) {
+      if (names[i].val == value) return &rows[i];
+    }
+    return nullptr;
   }
 
   // Why getopt_long() stopped.
@@ -82,8 +75,8 @@ struct Parser {
     }
     if (optopt != 0) return std::string("unknown option '-") + static_cast<char>(optopt) + "'";
     std::string meant;
-    for (const option* each = names.data(); each->name != nullptr; ++each) {
-      const std::string shown = std::string("--") + each->name;
+    for (const sgbk_option& each : rows) {
+      const std::string shown = std::string("--") + each.name;
       if (shown.starts_with(given)) meant += " " + shown;
     }
     if (meant.empty()) return "unknown option '" + given + "'";
@@ -137,13 +130,11 @@ std::string listOf(const sgbk_encoding* (*all)(std::size_t*)) {
 std::string helpFor(std::span<const sgbk_option> rows) {
   std::string text;
   for (const sgbk_option& row : rows) {
+    if (row.help == nullptr) continue;
     std::string left = row.letter != 0 ? std::string("  -") + row.letter + ", --" : "      --";
     left += row.name;
-    if (isOptional(row.argument)) {
-      left += "[=SUFFIX]";
-    } else if (row.argument != nullptr) {
-      left.append("=").append(row.argument);
-    }
+    if (row.argument != nullptr)
+      left.append(isOptional(row.argument) ? "" : "=").append(row.argument);
     left.resize(std::max<std::size_t>(left.size() + 2, 28), ' ');
     text += left + row.help + '\n';
   }
@@ -200,17 +191,18 @@ Options parseOptions(int argc, char** argv) {
 }
 
 std::string helpText() {
-  return "Usage: sgbk [OPTION]... [FILE]...\n"
-         "Convert Chinese text to simplified GBK and say what was lost. Without FILE, or for "
-         "\"-\",\n"
-         "read standard input.\n\n" +
-         helpFor(kOwn) + "\nWhat is done to the text:\n" + helpFor(textOptions()) +
-         "\n--from-code, --to-code, -c, -s, and //IGNORE or //TRANSLIT after the name of an "
-         "encoding\n"
-         "are understood as in iconv.\n"
-         "\nExit status: 0 done, 1 losses under --strict, --fail-on-loss or --check, or a file "
-         "that\n"
-         "-i left as it was, 2 usage, 3 input or output failure. See sgbk(1).\n";
+  return R"(Usage: sgbk [OPTION]... [FILE]...
+Convert Chinese text to simplified GBK and say what was lost. Without FILE, or for "-",
+read standard input.
+
+)" + helpFor(kOwn) +
+         "\nWhat is done to the text:\n" + helpFor(textOptions()) + R"(
+--from-code, --to-code, -c, -s, and //IGNORE or //TRANSLIT after the name of an encoding
+are understood as in iconv.
+
+Exit status: 0 done, 1 losses under --strict, --fail-on-loss or --check, or a file that
+-i left as it was, 2 usage, 3 input or output failure. See sgbk(1).
+)";
 }
 
 std::string encodingList() {
