@@ -90,7 +90,7 @@ extern "C" void removeAllAndEnd(int signal) {
 
 // Every signal that would end the process, so that new files stay after SIGKILL alone: SIGPIPE
 // comes from messages that nobody reads any more, SIGXFSZ from a limit on the size of files.
-bool catchSignals() {
+void catchSignals() {
   constexpr int kHarmless[] = {SIGCHLD, SIGCONT, SIGURG, SIGWINCH, SIGTSTP, SIGTTIN, SIGTTOU};
   for (int signal = 1; signal <= SIGRTMAX; ++signal) {
     if (std::ranges::count(kHarmless, signal) != 0) continue;
@@ -100,12 +100,12 @@ bool catchSignals() {
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(signal, &action, nullptr);
   }
-  return true;
 }
 
 }  // namespace
 
-void occupyClosedStandardStreams() {
+void guardStreamsAndFiles() {
+  catchSignals();
   for (int fd = 0; fd <= 2; ++fd) {
     if (fcntl(fd, F_GETFD) != -1) continue;
     // With what can neither be read or written nor, as /dev/stdout, be opened for it.
@@ -162,8 +162,6 @@ Output::Output(const std::string& path) : name_(path == "-" ? "standard output" 
 }
 
 void Output::openBeside(const std::string& path) {
-  static const bool isCaught = catchSignals();
-  static_cast<void>(isCaught);
   target_ = resolved(path);
   if (old_ && access(target_.c_str(), W_OK) != 0) fail("cannot be written");
   const std::string folder = target_.substr(0, target_.rfind('/') + 1);

@@ -25,9 +25,10 @@ struct InputFailure : FileFailure {
   using FileFailure::FileFailure;
 };
 
-// Keeps files opened later from taking the numbers of standard streams that were closed: with
-// them, output would go to the wrong file. Use of such a stream fails with "Bad file descriptor".
-void occupyClosedStandardStreams();
+// Before any file is opened. Keeps files from taking the numbers of standard streams that were
+// closed: with them, output would go to the wrong file. Use of such a stream fails with "Bad file
+// descriptor". Signals remove new files that are not in place yet.
+void guardStreamsAndFiles();
 
 // Where a path leads, symbolic links resolved, also when nothing is there yet.
 std::string placeOf(const std::string& path);

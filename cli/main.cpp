@@ -10,7 +10,6 @@
 #include "files.h"
 #include "message.h"
 #include "options.h"
-#include "run.h"
 
 namespace {
 
@@ -52,7 +51,7 @@ void run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  cli::occupyClosedStandardStreams();
+  cli::guardStreamsAndFiles();
   try {
     run(argc, argv);
   } catch (const cli::UsageError& error) {

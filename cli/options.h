@@ -40,11 +40,13 @@ std::span<const sgbk_option> textOptions();
 // Throws UsageError.
 Options parseOptions(int argc, char** argv);
 
-// What --help, --list and --explain print.
+// What they ask for: the texts of --help, --list and --explain, or files to be converted.
 std::string helpText();
 std::string encodingList();
 // text  in the encoding of the locale, and so is the result. Throws UsageError when it is not valid
 std::string explanation(const std::string& text);
+// Throws UsageError before any file is touched, and FileFailure.
+void convertFiles(Options options);
 
 }  // namespace cli
 
