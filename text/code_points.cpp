@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
-#include <vector>
 
 #include "made_once.h"
 
@@ -58,38 +57,33 @@ struct Gb18030 {
       if (const CodePoint before = privatePointOf(c))
         twoByteCode[before] = static_cast<gchar_t>(code);
     }
-    auto isTwoByte = std::vector<bool>(0x10000);
-    for (CodePoint c = 0; c < 0x10000; ++c) isTwoByte[c] = twoByteCode[c] != 0;
-    for (const MovedCharacter& moved : kMoved) {
-      if (moved.now < 0x10000) isTwoByte[moved.now] = false;
-      isTwoByte[moved.before] = true;
-    }
     std::uint16_t next = 0;
     for (CodePoint c = 0x80; c < 0x10000; ++c) {
-      if (isTwoByte[c] || isSurrogate(c)) continue;
+      const bool hadTwoBytes = twoByteCode[c] != 0 && privatePointOf(c) == kNoCodePoint;
+      if (hadTwoBytes || isSurrogate(c)) continue;
       codePoint[next] = static_cast<std::uint16_t>(c);
       rank[c] = next++;
     }
   }
 };
 
-// Big5 by character. Every reader knows the rows from A1 to F9; the others are for what has no code
-// there.
+// The rows that every reader of Big5 knows.
+constexpr bool isCommonBig5(gchar_t unit) {
+  const unsigned code = leadOf(unit) * 256u + trailOf(unit);
+  return (code >= 0xA140 && code <= 0xC67E) || (code >= 0xC940 && code <= 0xF9FE);
+}
+
+// Big5 by character. The other rows are for what has no code in the common ones.
 struct Big5 {
   std::array<gchar_t, 0x30000> codes{};  // up to plane 2, where they all are
 
   Big5() {
-    for (const bool isCommon : {true, false}) {
-      for (unsigned lead = 0x81; lead <= 0xFE; ++lead) {
-        for (unsigned trail = 0x40; trail <= 0xFE; ++trail) {
-          const unsigned code = lead << 8 | trail;
-          const auto unit = unitOf(static_cast<Byte>(lead), static_cast<Byte>(trail));
-          const bool isHere =
-              (code >= 0xA140 && code <= 0xC67E) || (code >= 0xC940 && code <= 0xF9FE);
-          const CodePoint c = sgbk_big5_code_points[unit];
-          if (isHere == isCommon && c != kNoCodePoint && codes.at(c) == 0) codes[c] = unit;
-        }
-      }
+    for (unsigned code = 0x8140; code <= 0xFEFE; ++code) {
+      const auto unit = unitOf(static_cast<Byte>(code >> 8), static_cast<Byte>(code & 0xFF));
+      const CodePoint c = sgbk_big5_code_points[unit];
+      if (c == kNoCodePoint) continue;
+      const bool isBetter = isCommonBig5(unit) && !isCommonBig5(codes.at(c));
+      if (codes.at(c) == 0 || isBetter) codes[c] = unit;
     }
   }
 };

@@ -18,6 +18,10 @@ inline constexpr CodePoint kByteOrderMark = 0xFEFF;
 constexpr bool isPrivateUse(CodePoint c) { return c >= 0xE000 && c <= 0xF8FF; }
 constexpr bool isSurrogate(CodePoint c) { return (c & 0xFFFFF800) == 0xD800; }
 
+constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 0x20) : c; }
+
 // One to four bytes; none for a character that the encoding lacks.
 struct Sequence {
   unsigned char size = 0;

@@ -1,9 +1,5 @@
 #include "code_table.h"
 
-#include <atomic>
-#include <memory>
-
-#include "library_tables.h"
 #include "made_once.h"
 #include "sgbk/EncodingConvertor.h"
 
@@ -13,13 +9,8 @@ namespace {
 // The kinds of the longest code points that fit beside them.
 static_assert(rareEntry(Rare::nothing, 0x10FFFF) < 1u << 24);
 
-Entry entryFor(std::string_view bytes) {
-  Entry entry = static_cast<Entry>(bytes.size()) << 24;
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    entry |= static_cast<Entry>(static_cast<Byte>(bytes[i])) << 8 * i;
-  }
-  return entry;
-}
+constexpr std::pair<CodePoint, const char*> kReplaced[] = {
+    {0xA9, "copy"}, {0xBC, "frac14"}, {0xBD, "frac12"}, {0x2122, "trade"}};
 
 // A unit below 80 is one ASCII byte.
 Entry entryFor(gchar_t unit) { return (unit < 0x80 ? 1u : 2u) << 24 | unit; }
@@ -28,118 +19,87 @@ constexpr bool isMarkup(gchar_t unit) {
   return unit == unitOf(0xA3, 0xA6) || unit == unitOf(0xA3, 0xBC) || unit == unitOf(0xA3, 0xBE);
 }
 
-// Composes the entries of one table.
-class Composer {
- public:
-  explicit Composer(const CodeTable& table) : table_(table), key_(table.key) {}
+bool hasShape(gchar_t code, bool (*isTrail)(Byte)) {
+  return isLeadByte(leadOf(code)) && isTrail(trailOf(code));
+}
 
-  Entry entryAt(gchar_t index) const {
-    if (index < 0x80) return ascii(static_cast<Byte>(index));
-    switch (key_.codes) {
-      case Codes::unicode: return ofCodePoint(index);
-      case Codes::big5:
-        if (!hasShape(index, isBig5Trail)) return rareEntry(Rare::malformed, 0);
-        if (const gchar_t unit = library_.fromBig5[index]) return ofUnit(unit, 0);
-        if (const CodePoint c = codePointOfBig5(index)) return ofMissing(c);
-        break;
-      case Codes::gbk:
-        if (!hasShape(index, isGbkTrail)) return rareEntry(Rare::malformed, 0);
-        if (library_.fromGbk[index] == 0) {
-          const CodePoint c = codePointOfGbk(index);
-          if (c == kNoCodePoint || isPrivateUse(c)) break;
-          return ofMissing(c);
-        }
-        return ofUnit(key_.simplify ? library_.fromGbk[index] : index, 0);
-    }
-    return rareEntry(Rare::undefined, 0);
+Entry ofAscii(const CodeTable& table, char c) {
+  const bool isTarget = table.key.form == Form::target;
+  const auto byte = static_cast<Byte>(table.key.foldCase ? lower(c) : c);
+  if (isTarget && table.key.target == Target::gbkWide)
+    return 2u << 24 | table.library.widened[byte];
+  return (isTarget && table.key.target == Target::utf16le ? 2u : 1u) << 24 | byte;
+}
+
+// Not by way of GBK.
+Entry ofCodePoint(const CodeTable& table, CodePoint c) {
+  const Sequence bytes = table.encode(c);
+  if (bytes.size > 3) return rareEntry(Rare::beyond, c);
+  if (bytes.size == 0) return rareEntry(Rare::lacking, c);
+  return Entry{bytes.size} << 24 | load<Entry>(bytes.bytes);
+}
+
+// c  the code point that it was in the source, for the account of losses
+Entry ofUnit(const CodeTable& table, gchar_t unit, CodePoint c) {
+  const TableKey& key = table.key;
+  const bool isTarget = key.form == Form::target;
+  if (key.foldCase) unit = toLowerCase(unit);
+  if (key.html && isMarkup(unit))
+    return isTarget ? rareEntry(Rare::markup, trailOf(unit) - 0x80u) : entryFor(unit);
+  if (key.halfWidth) {
+    const char text[] = {static_cast<char>(leadOf(unit)), static_cast<char>(trailOf(unit))};
+    char folded[4];
+    if (sbc2dbc(text, 2, folded, sizeof folded, false) == 1) return ofAscii(table, folded[0]);
   }
-
- private:
-  static bool hasShape(gchar_t code, bool (*isTrail)(Byte)) {
-    return isLeadByte(leadOf(code)) && isTrail(trailOf(code));
+  if (key.target == Target::big5) {
+    const gchar_t big5 =
+        (key.traditional ? table.library.toTraditionalBig5 : table.library.toBig5)[unit];
+    if (big5 == 0) return rareEntry(Rare::lacking, c);
+    if (isTarget) return entryFor(big5);
   }
+  const bool isUnicode = key.target == Target::utf8 || key.target == Target::utf16le;
+  return isTarget && isUnicode ? ofCodePoint(table, codePointOfGbk(unit)) : entryFor(unit);
+}
 
-  Entry ascii(Byte c) const {
-    if (key_.foldCase && c >= 'A' && c <= 'Z') c = static_cast<Byte>(c + ('a' - 'A'));
-    if (key_.form == Form::target && key_.target == Target::gbkWide)
-      return 2u << 24 | library_.widened[c];
-    if (key_.form == Form::target && key_.target == Target::utf16le) return 2u << 24 | c;
-    return 1u << 24 | c;
+Entry entryAt(const CodeTable& table, gchar_t index) {
+  const TableKey& key = table.key;
+  if (index < 0x80) return ofAscii(table, static_cast<char>(index));
+  switch (key.codes) {
+    case Codes::unicode:
+      if (index == kByteOrderMark) return rareEntry(Rare::nothing, index);
+      if (isSurrogate(index)) break;
+      if (const gchar_t unit = table.library.fromUnicode[index]) return ofUnit(table, unit, index);
+      return ofCodePoint(table, index);
+    case Codes::big5:
+      if (!hasShape(index, isBig5Trail)) break;
+      if (const gchar_t unit = table.library.fromBig5[index]) return ofUnit(table, unit, 0);
+      if (const CodePoint c = codePointOfBig5(index)) return ofCodePoint(table, c);
+      return rareEntry(Rare::undefined, 0);
+    case Codes::gbk:
+      if (!hasShape(index, isGbkTrail)) break;
+      if (const gchar_t unit = table.library.fromGbk[index])
+        return ofUnit(table, key.simplify ? unit : index, 0);
+      const CodePoint c = codePointOfGbk(index);
+      const bool isCharacter = c != kNoCodePoint && !isPrivateUse(c);
+      return isCharacter ? ofCodePoint(table, c) : rareEntry(Rare::undefined, 0);
   }
-
-  Entry ofCodePoint(gchar_t c) const {
-    if (c == kByteOrderMark) return rareEntry(Rare::nothing, c);
-    if (isSurrogate(c)) return rareEntry(Rare::malformed, 0);
-    if (const gchar_t unit = library_.fromUnicode[c]) return ofUnit(unit, c);
-    return ofMissing(c);
-  }
-
-  // A character that GBK lacks.
-  Entry ofMissing(CodePoint c) const {
-    const Sequence bytes = table_.encode(c);
-    if (bytes.size > 3) return rareEntry(Rare::beyond, c);
-    if (bytes.size != 0) return entryFor(bytes.view());
-    const bool isReplaced = key_.codes == Codes::unicode && !replacementFor(c).empty();
-    return rareEntry(isReplaced ? Rare::replaced : Rare::lacking, c);
-  }
-
-  // c  the code point that it was in the source, for the account of losses
-  Entry ofUnit(gchar_t unit, CodePoint c) const {
-    if (key_.foldCase) unit = toLowerCase(unit);
-    if (key_.markup && isMarkup(unit)) {
-      if (key_.form == Form::middle) return entryFor(unit);
-      return rareEntry(Rare::markup, trailOf(unit) - 0x80u);
-    }
-    if (key_.halfWidth) {
-      const char text[] = {static_cast<char>(leadOf(unit)), static_cast<char>(trailOf(unit))};
-      char folded[4];
-      if (sbc2dbc(text, 2, folded, sizeof folded, false) == 1)
-        return ascii(static_cast<Byte>(folded[0]));
-    }
-    const gchar_t big5 = (key_.traditional ? library_.toTraditionalBig5 : library_.toBig5)[unit];
-    if (key_.target == Target::big5 && big5 == 0) return rareEntry(Rare::lacking, c);
-    if (key_.form == Form::middle) return entryFor(unit);
-    switch (key_.target) {
-      case Target::gbk:
-      case Target::gb18030:
-      case Target::gbkWide: return entryFor(unit);
-      case Target::big5: return entryFor(big5);
-      case Target::utf8:
-      case Target::utf16le: break;
-    }
-    const Sequence bytes = table_.encode(codePointOfGbk(unit));
-    return bytes.size == 4 ? rareEntry(Rare::beyond, codePointOfGbk(unit)) : entryFor(bytes.view());
-  }
-
-  const CodeTable& table_;
-  const TableKey& key_;
-  const LibraryTables& library_ = libraryTables();
-};
-
-// The tables made so far, the newest first. They are never taken out.
-struct Node {
-  explicit Node(const TableKey& key) : table(key) {}
-
-  const CodeTable table;
-  const Node* next = nullptr;
-};
-std::atomic<const Node*> newest;
+  return rareEntry(Rare::malformed, 0);
+}
 
 }  // namespace
 
 CodeTable::CodeTable(const TableKey& tableKey) : key(tableKey) {
-  const Composer composer(*this);
   for (unsigned i = 0; i < entries.size(); ++i)
-    entries[i] = composer.entryAt(static_cast<gchar_t>(i));
+    entries[i] = entryAt(*this, static_cast<gchar_t>(i));
+  for (const auto& [c, entity] : kReplaced) {
+    const bool isLacking = key.codes == Codes::unicode && entries[c] == rareEntry(Rare::lacking, c);
+    if (isLacking) entries[c] = rareEntry(Rare::replaced, c);
+  }
 }
 
 Entry CodeTable::entryOf(CodePoint c) const {
-  if (c < 0x10000) return entries[c];
-  if (const CodePoint before = privatePointOf(c)) return entries[before];
-  const bool isLacking = key.target == Target::big5 ? big5Of(c).size == 0
-                                                    : key.target == Target::gbk ||
-                                                          key.target == Target::gbkWide;
-  return rareEntry(isLacking ? Rare::lacking : Rare::beyond, c);
+  if (c >= 0x10000 && privatePointOf(c) == kNoCodePoint) return ofCodePoint(*this, c);
+  return entries[c < 0x10000 ? c : privatePointOf(c)];
 }
 
 Sequence CodeTable::encode(CodePoint c) const {
@@ -155,35 +115,14 @@ Sequence CodeTable::encode(CodePoint c) const {
   return key.form == Form::middle && bytes.size != 0 ? fourBytesOf(c) : bytes;
 }
 
-std::string_view replacementFor(CodePoint c) {
-  struct Replacements {
-    struct {
-      CodePoint c;
-      const char* entity;
-      char ascii[4];
-    } rows[4] = {{0xA9, "copy", {}}, {0xBC, "frac14", {}}, {0xBD, "frac12", {}}, {0x2122, "trade", {}}};
-
-    Replacements() {
-      for (auto& row : rows) deEscHtml(row.entity, row.ascii);
-    }
-  };
-  for (const auto& row : madeOnce<Replacements>().rows) {
-    if (row.c == c) return row.ascii;
+std::string replacementFor(CodePoint c) {
+  for (const auto& [replaced, entity] : kReplaced) {
+    char ascii[4];
+    if (c == replaced) return {ascii, static_cast<std::size_t>(deEscHtml(entity, ascii))};
   }
   return {};
 }
 
-const CodeTable& codeTable(const TableKey& key) {
-  for (const Node* node = newest.load(std::memory_order_acquire); node != nullptr;
-       node = node->next) {
-    if (node->table.key == key) return node->table;
-  }
-  // Another thread may make the same one meanwhile: both are kept, and equal.
-  Node* const made = std::make_unique<Node>(key).release();
-  made->next = newest.load(std::memory_order_relaxed);
-  while (!newest.compare_exchange_weak(made->next, made, std::memory_order_acq_rel)) {
-  }
-  return made->table;
-}
+const CodeTable& codeTable(const TableKey& key) { return madeOnce<CodeTable>(key); }
 
 }  // namespace sgbk::text

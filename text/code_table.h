@@ -5,16 +5,13 @@
 #define SGBK_TEXT_CODE_TABLE_H
 
 #include <array>
-#include <cstdint>
+#include <string>
 
 #include "code_points.h"
-#include "encodings.h"
+#include "library_tables.h"
+#include "options.h"
 
 namespace sgbk::text {
-
-// What a table is indexed by: a two-byte code, lead byte + 256 * trail byte, or a code point. A
-// single byte is ASCII in all of them.
-enum class Codes : std::uint8_t { big5, gbk, unicode };
 
 constexpr Codes codesOf(Source source) {
   switch (source) {
@@ -24,23 +21,6 @@ constexpr Codes codesOf(Source source) {
     default: return Codes::unicode;
   }
 }
-
-// middle  written is not the target yet, but GBK text in which what GBK lacks has four bytes
-enum class Form : std::uint8_t { target, middle };
-
-struct TableKey {
-  Codes codes = Codes::gbk;
-  Target target = Target::gbk;
-  Form form = Form::target;
-  bool simplify = true;
-  bool halfWidth = false;
-  bool foldCase = false;
-  // Full-width & < > are written as references, in the target only.
-  bool markup = false;
-  bool traditional = false;
-
-  bool operator==(const TableKey&) const = default;
-};
 
 // An entry holds up to three bytes, the first lowest, and their number above. Where it holds none,
 // there is a kind and a code point instead.
@@ -63,7 +43,8 @@ constexpr CodePoint codePointOf(Entry entry) { return entry & 0x1FFFFF; }
 constexpr Entry rareEntry(Rare kind, CodePoint c) { return static_cast<unsigned>(kind) << 21 | c; }
 
 struct CodeTable {
-  TableKey key;
+  const TableKey key;
+  const LibraryTables& library = libraryTables();
   std::array<Entry, 0x10000> entries;
 
   explicit CodeTable(const TableKey& tableKey);
@@ -74,9 +55,9 @@ struct CodeTable {
   Sequence encode(CodePoint c) const;
 };
 
-// The ASCII that stands for a character where the target lacks it, as the library has it for the
-// character's entity; empty for all but a few.
-std::string_view replacementFor(CodePoint c);
+// The ASCII that stands for a character that is `replaced`, as the library has it for the
+// character's entity.
+std::string replacementFor(CodePoint c);
 
 // Made once for each key and kept for the process. Throws std::bad_alloc.
 const CodeTable& codeTable(const TableKey& key);

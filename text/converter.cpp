@@ -3,16 +3,13 @@
 #include <cstdio>
 #include <utility>
 
-#include "declaration.h"
-#include "library_tables.h"
-
 namespace sgbk::text {
 namespace {
 
 // Of a line without an end, under strict.
 constexpr std::size_t kMostHeld = 1 << 18;
 // Text stays in the processor's cache on its way through the stages.
-constexpr std::ptrdiff_t kBlock = 1 << 16;
+constexpr std::size_t kBlock = 1 << 16;
 // More than any character, or reference in UTF-16, goes on.
 constexpr std::size_t kEnoughToGoOn = 2 * kLongestReference + 6;
 
@@ -22,10 +19,6 @@ std::size_t afterLastLineFeed(std::string_view text, bool inUnits) {
   std::size_t end = text.size();
   while (end != 0 && (text[end - 2] != '\n' || text[end - 1] != '\0')) end -= 2;
   return end;
-}
-
-std::string_view viewOf(const Byte* begin, const Byte* end) {
-  return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
 }
 
 std::string escaped(const std::string& text) {
@@ -50,8 +43,8 @@ std::string sentenceFor(const sgbk_loss& loss) {
 
 }  // namespace
 
-Converter::Converter(Source source, Target target)
-    : asked_(source), target_(target), source_(source) {
+Converter::Converter(Source source, Target target) : asked_(source), source_(source) {
+  options_.target = target;
   libraryTables();
 }
 
@@ -61,204 +54,171 @@ void Converter::set(const char* option, const char* value) {
 }
 
 void Converter::reset() {
-  isEnded_ = isStarted_ = false;
-  account_.reset();
-  for (Buffer* buffer : {&out_, &unfound_, &carried_, &middle_, &staged_[0], &staged_[1]})
-    buffer->clear();
-  held_ = 0;
+  isEnded_ = isStarted_ = isWhole_ = false;
+  account_ = Account();
+  for (Buffer* buffer : {&out_, &unfound_, &carried_, &middle_}) buffer->clear();
   source_ = asked_;
   stages_.clear();
 }
 
-TableKey Converter::key(Codes codes, Form form) const {
-  return {.codes = codes,
-          .target = target_,
-          .form = form,
-          .simplify = options_.simplify,
-          .halfWidth = options_.halfWidth || options_.html,
-          .foldCase = options_.foldCase,
-          .markup = options_.html,
-          .traditional = options_.traditional};
+TableKey Converter::key(Codes codes) const {
+  TableKey key = options_;
+  key.codes = codes;
+  key.form = hasMiddle() ? Form::middle : Form::target;
+  key.halfWidth |= key.html;
+  return key;
 }
 
 void Converter::start() {
-  checkTogether(options_, asked_, target_);
-  account_.setList(options_.losses);
-  account_.setStrict(options_.strict);
-  isDeclaring_ = options_.declare || options_.html;
-  searched_ = 0;
+  checkTogether(options_, asked_);
+  account_.isListed = options_.losses;
+  account_.isStrict = options_.strict;
+  undeclared_ = options_.declare || options_.html ? kDeclarationBytes : 0;
   if (options_.trim) stages_.push_back(makeTrimStage());
   if (options_.truncate) stages_.push_back(makeTruncateStage(*options_.truncate));
   if (hasMiddle()) {
-    TableKey back = key(Codes::gbk, Form::target);
+    TableKey back = options_;
+    back.codes = Codes::gbk;
     back.simplify = back.halfWidth = back.foldCase = false;
-    encoder_ = makeMiddleDecoder({unheeded_, false, none_});
+    encoder_ = makeMiddleDecoder({unheeded_});
     encoder_->setOutput(codeTable(back), out_);
   }
-  // ASCII is the same in all that may be found.
-  if (asked_ == Source::automatic) detector_ = std::make_unique<Detector>();
+  detector_.reset();
+  if (asked_ == Source::automatic || asked_ == Source::ucs2)
+    detector_ = std::make_unique<Detector>(asked_);
+  // ASCII is the same in all that "auto" may find.
   if (asked_ != Source::ucs2) setSource(asked_);
   isStarted_ = true;
 }
 
 void Converter::setSource(Source source) {
   source_ = source;
-  account_.setSource(source);
-  decoder_ = makeDecoder(source, {account_, options_.entities, replacement_});
-  setForm(hasMiddle() ? Form::middle : Form::target);
+  account_.source = source;
+  const Buffer* const replacement = options_.replace ? &replacement_ : nullptr;
+  decoder_ = makeDecoder(source, {account_, options_.entities, replacement});
+  setForm();
 }
 
-void Converter::setForm(Form form) {
-  form_ = form;
-  decoder_->setOutput(codeTable(key(codesOf(source_), form)),
-                      form == Form::middle ? middle_ : out_);
-  if (options_.replace) setReplacement(form);
+void Converter::setForm() {
+  decoder_->setOutput(codeTable(key(codesOf(source_))), hasMiddle() ? middle_ : out_);
+  if (options_.replace) setReplacement(key(Codes::unicode));
 }
 
-void Converter::setReplacement(Form form) {
+void Converter::setReplacement(const TableKey& key) {
   const std::string text = options_.html ? escaped(*options_.replace) : *options_.replace;
-  replacement_.emplace();
+  replacement_.clear();
   Account account;
-  const auto decoder = makeUtf8Decoder({account, false, none_});
-  decoder->setOutput(codeTable(key(Codes::unicode, form)), *replacement_);
-  account.beginPiece(bytesOf(text.data()));
-  decoder->decode(bytesOf(text.data()), bytesOf(text.data()) + text.size(), true);
+  const auto decoder = makeUtf8Decoder({account});
+  decoder->setOutput(codeTable(key), replacement_);
+  decoder->take(text, true);
   if (account.lost() != 0 || text.find('\n') != std::string::npos) {
-    throw Failure{SGBK_USAGE, std::string("replace: not a line of UTF-8 that ") + nameOf(target_) +
-                                  " can hold: '" + *options_.replace + "'"};
+    throw Failure{SGBK_USAGE, std::string("replace: not a line of UTF-8 that ") +
+                                  nameOf(key.target) + " can hold: '" + *options_.replace + "'"};
   }
 }
 
 void Converter::convert(std::string_view in, bool last) {
   out_.removePrefix(isEnded_ ? out_.size() : output().size());
-  held_ = 0;
-  account_.losses().clear();
+  account_.losses.clear();
   if (isEnded_) throw Failure{SGBK_USAGE, "the input has ended: reset comes first"};
   isEnded_ = true;  // should anything be thrown
   if (!isStarted_) start();
-  const bool isFound = detector_ == nullptr && source_ != Source::ucs2;
-  bool isRefused = false;
   try {
-    isFound ? declare(in, last) : find(in, last, isRefused);
+    find(in, last);
   } catch (const Account::Stop&) {
-    if (isDeclaring_) {
+    if (undeclared_ != 0) {
       endDeclaring(true);
-    } else if (form_ == Form::middle) {
+    } else if (hasMiddle()) {
       takeThroughStages(true);
     }
+    throw Failure{SGBK_LOST, sentenceFor(account_.counts.first)};
   }
-  if (!isHeldBefore()) {
-    const bool isUnits = target_ == Target::utf16le;
-    held_ = out_.size() - wholeLines(out_.view(), isUnits, last && !isRefused);
-  }
-  if (isRefused) throw Failure{SGBK_UNKNOWN_SOURCE, detector_->advice()};
-  if (isStopped()) throw Failure{SGBK_LOST, sentenceFor(account_.counts().first)};
-  isEnded_ = last;
+  isEnded_ = isWhole_ = last;
 }
 
-void Converter::find(std::string_view in, bool last, bool& isRefused) {
+std::string_view Converter::output() const {
+  const bool isUnits = options_.target == Target::utf16le;
+  return isHeldBefore() ? out_.view() : wholeLines(out_.view(), isUnits, isWhole_);
+}
+
+void Converter::find(std::string_view in, bool last) {
+  if (detector_ == nullptr) return declare(in, last);
   unfound_.append(in);
-  std::optional<Source> source;
-  if (asked_ == Source::ucs2) {
-    if (unfound_.size() < 2 && !last) return;
-    source = unfound_.view().starts_with("\xFE\xFF") ? Source::ucs2be : Source::ucs2le;
-  } else {
-    const Detector::Verdict verdict = detector_->look(unfound_.view(), last);
-    if (verdict.ascii != 0) {
-      declare(unfound_.view().substr(0, verdict.ascii), false);
-      unfound_.removePrefix(verdict.ascii);
-    }
-    isRefused = verdict.isRefused;
-    source = verdict.source;
+  const Detector::Verdict verdict = detector_->look(unfound_.view(), last);
+  if (verdict.ascii != 0) {
+    declare(unfound_.view().substr(0, verdict.ascii), false);
+    unfound_.removePrefix(verdict.ascii);
   }
-  if (!source) return;
+  if (verdict.isRefused) throw Failure{SGBK_UNKNOWN_SOURCE, detector_->advice()};
+  if (!verdict.source) return;
   detector_.reset();
-  setSource(*source);
+  setSource(*verdict.source);
   const Buffer rest = std::exchange(unfound_, Buffer());
   declare(rest.view(), last);
 }
 
 // The beginning of a page is looked through for the encoding that it declares.
 void Converter::declare(std::string_view in, bool last) {
-  if (isDeclaring_) {
-    const auto part = in.substr(0, kDeclarationBytes - searched_);
-    searched_ += part.size();
+  if (undeclared_ != 0) {
+    const auto part = in.substr(0, undeclared_);
     in.remove_prefix(part.size());
-    decode(part, last && in.empty());
-    if (searched_ != kDeclarationBytes && !last) return;
-    endDeclaring(last && in.empty());
-    if (stages_.empty()) setForm(Form::target);
+    const bool isLast = last && in.empty();
+    decode(part, isLast);
+    undeclared_ -= part.size();
+    if (undeclared_ != 0 && !last) return;
+    endDeclaring(isLast);
     if (in.empty()) return;
   }
   decode(in, last);
 }
 
 void Converter::endDeclaring(bool last) {
-  isDeclaring_ = false;
-  const std::string head = withDeclared(middle_.view(), nameOf(target_));
+  undeclared_ = 0;
+  const std::string head = withDeclared(middle_.view(), nameOf(options_.target));
   middle_.clear();
   middle_.append(head);
   takeThroughStages(last);
+  setForm();
 }
 
+// What was left of the input before goes first, with as much of what follows as tells what it is.
 void Converter::decode(std::string_view in, bool last) {
-  if (!carried_.empty()) decodeCarried(in, last);
-  if (!carried_.empty()) return;
-  const Byte* p = bytesOf(in.data());
-  const Byte* const end = p + in.size();
   for (;;) {
-    const Byte* const blockEnd = end - p > kBlock ? p + kBlock : end;
-    const bool isLast = last && blockEnd == end;
-    account_.beginPiece(p);
-    const Byte* const next = decoder_->decode(p, blockEnd, isLast);
-    account_.endPiece(next);
-    p = next;
-    if (form_ == Form::middle && !isDeclaring_) takeThroughStages(isLast);
-    if (blockEnd == end) break;
-  }
-  carried_.append(viewOf(p, end));
-}
-
-// What was left of the input before, with as much of what follows as tells what it is.
-void Converter::decodeCarried(std::string_view& in, bool last) {
-  const std::size_t before = carried_.size();
-  const std::string_view part = in.substr(0, kEnoughToGoOn);
-  carried_.append(part);
-  const Byte* const begin = bytesOf(carried_.view().data());
-  account_.beginPiece(begin);
-  const Byte* const end =
-      decoder_->decode(begin, begin + carried_.size(), last && part.size() == in.size());
-  account_.endPiece(end);
-  const auto used = static_cast<std::size_t>(end - begin);
-  if (used < before) {
-    carried_.removePrefix(used);
-    in.remove_prefix(part.size());
-  } else {
+    const std::size_t carried = carried_.size();
+    std::string_view part = in.substr(0, carried == 0 ? kBlock : kEnoughToGoOn);
+    const bool isAll = part.size() == in.size();
+    if (carried != 0) {
+      carried_.append(part);
+      part = carried_.view();
+    }
+    const std::size_t taken = decoder_->take(part, last && isAll);
+    if (hasMiddle() && undeclared_ == 0) takeThroughStages(last && isAll);
+    if (taken < carried) return carried_.removePrefix(taken);
     carried_.clear();
-    in.remove_prefix(used - before);
+    in.remove_prefix(taken - carried);
+    if (isAll) break;
   }
+  carried_.append(in);
 }
 
 // What a stage does not use yet stays in its buffer.
 void Converter::takeThroughStages(bool last) {
   Buffer* in = &middle_;
-  for (std::size_t i = 0; i < stages_.size(); ++i) {
-    in->removePrefix(stages_[i]->apply(in->view(), last, staged_[i]));
-    in = &staged_[i];
+  for (const auto& stage : stages_) {
+    in->removePrefix(stage->apply(in->view(), last));
+    in = &stage->out;
   }
-  const std::size_t size = isHeldBefore() ? wholeLines(in->view(), false, last) : in->size();
-  const Byte* const begin = bytesOf(in->view().data());
-  unheeded_.beginPiece(begin);
-  encoder_->decode(begin, begin + size, true);
-  in->removePrefix(size);
+  const std::string_view text = isHeldBefore() ? wholeLines(in->view(), false, last) : in->view();
+  encoder_->take(text, true);
+  in->removePrefix(text.size());
 }
 
-// How much of the text goes on: under strict only whole lines, unless one is too long to hold. At a
+// What of the text goes on: under strict only whole lines, unless one is too long to hold. At a
 // loss nothing of its line does.
-std::size_t Converter::wholeLines(std::string_view text, bool inUnits, bool last) const {
-  if (!options_.strict || (last && !isStopped())) return text.size();
+std::string_view Converter::wholeLines(std::string_view text, bool inUnits, bool last) const {
+  if (!options_.strict || (last && !isStopped())) return text;
   const std::size_t lines = afterLastLineFeed(text, inUnits);
-  return isStopped() || text.size() - lines < kMostHeld ? lines : text.size();
+  return isStopped() || text.size() - lines < kMostHeld ? text.substr(0, lines) : text;
 }
 
 }  // namespace sgbk::text

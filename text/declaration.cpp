@@ -1,13 +1,12 @@
-#include "declaration.h"
-
 #include <algorithm>
+
+#include "detect.h"
 
 namespace sgbk::text {
 namespace {
 
 constexpr std::size_t kNowhere = std::string_view::npos;
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // In any mixture of capitals and small letters.

@@ -3,11 +3,8 @@
 #include "sgbk/support.h"
 
 namespace sgbk::text {
-namespace {
 
 constexpr CodePoint kFullWidthShift = 0xFEE0;  // from ASCII
-
-}  // namespace
 
 void Decoder::setOutput(const CodeTable& table, Buffer& out) {
   out_ = &out;
@@ -31,6 +28,14 @@ const CodeTable& Decoder::unicode() {
   return *unicode_;
 }
 
+std::size_t Decoder::take(std::string_view text, bool ended) {
+  const Byte* const begin = bytesOf(text.data());
+  account_.beginPiece(begin);
+  const Byte* const end = decode(begin, begin + text.size(), ended);
+  account_.endPiece(end);
+  return static_cast<std::size_t>(end - begin);
+}
+
 void Decoder::append(Entry entry) {
   char* const to = out_->room(sizeof entry);
   std::memcpy(to, &entry, sizeof entry);
@@ -45,10 +50,11 @@ void Decoder::put(Entry entry, const Byte* p, std::size_t size, CodePoint c) {
     case Rare::undefined: return lose(SGBK_UNDEFINED, p, size, c);
     case Rare::lacking: return lose(SGBK_NOT_IN_TARGET, p, size, c);
     case Rare::beyond: return out_->append(table_->encode(codePointOf(entry)).view());
-    case Rare::markup: return putEscaped(std::string(1, static_cast<char>(codePointOf(entry))));
+    case Rare::markup: return putEscaped(static_cast<char>(codePointOf(entry)));
     case Rare::replaced:
       account_.add(SGBK_REPLACED, p, size, c);
-      return putEscaped(replacementFor(codePointOf(entry)));
+      for (const char ascii : replacementFor(codePointOf(entry))) putEscaped(ascii);
+      return;
     case Rare::nothing: return;
   }
 }
@@ -60,33 +66,24 @@ void Decoder::putCodePoint(CodePoint c, const Byte* p, std::size_t size, CodePoi
 // A pair of bytes that could have been a character leaves a blank.
 void Decoder::lose(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c) {
   account_.add(reason, p, size, c);
-  if (replacement_) return out_->append(replacement_->view());
+  if (around_.replacement != nullptr) return out_->append(around_.replacement->view());
   const bool isPair = table_->key.codes != Codes::unicode && size == 2 && reason != SGBK_MALFORMED;
   if (isPair) append(unicode().entries[0x3000]);
 }
 
 // Text that was not in the page as such: it must not become markup.
-void Decoder::putEscaped(std::string_view ascii) {
-  for (const char c : ascii) {
-    std::string_view text(&c, 1);
-    if (table_->key.markup) {
-      switch (c) {
-        case '&':
-        case '<':
-        case '>':
-          if (table_->key.form == Form::middle) {
-            append(unicode().entries[static_cast<Byte>(c) + kFullWidthShift]);
-            continue;
-          }
-          text = c == '&' ? "&amp;" : c == '<' ? "&lt;" : "&gt;";
-          break;
-        case '"': text = "&#34;"; break;
-        case '\'': text = "&#39;"; break;
-        default: break;
-      }
-    }
-    for (const char part : text) putAscii(part);
-  }
+void Decoder::putEscaped(char c) {
+  const std::string_view escaped = !table_->key.html ? ""
+                                   : c == '&'        ? "&amp;"
+                                   : c == '<'        ? "&lt;"
+                                   : c == '>'        ? "&gt;"
+                                   : c == '"'        ? "&#34;"
+                                   : c == '\''       ? "&#39;"
+                                                     : "";
+  if (escaped.empty()) return putAscii(c);
+  const bool isWidened = table_->key.form == Form::middle && c != '"' && c != '\'';
+  if (isWidened) return append(unicode().entries[static_cast<Byte>(c) + kFullWidthShift]);
+  for (const char part : escaped) putAscii(part);
 }
 
 std::size_t Decoder::takeReference(std::string_view text, bool ended, const Byte* p,
@@ -113,7 +110,7 @@ bool Decoder::resolve(const Reference& reference, const Byte* p, std::size_t siz
   char ascii[4] = {static_cast<char>(c)};
   if (c < 0x80) {
     // In markup it may stand in the value of an attribute.
-    if (table_->key.markup && (c == '"' || c == '\'')) return false;
+    if (table_->key.html && (c == '"' || c == '\'')) return false;
   } else {
     const Entry entry = unicode().entryOf(c);
     const bool isLacking = isRare(entry) && kindOf(entry) <= Rare::lacking;
@@ -126,7 +123,7 @@ bool Decoder::resolve(const Reference& reference, const Byte* p, std::size_t siz
     account_.add(SGBK_REPLACED, p, size, c);
   }
   account_.addCharacters(1);
-  putEscaped(ascii);
+  for (const char part : std::string_view(ascii)) putEscaped(part);
   return true;
 }
 

@@ -5,16 +5,30 @@
 #define SGBK_TEXT_DECODER_H
 
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "account.h"
 #include "buffer.h"
 #include "code_table.h"
 #include "core/byte_block.h"
-#include "references.h"
 
 namespace sgbk::text {
+
+// Bytes from "&" on; what is longer is text.
+inline constexpr std::size_t kLongestReference = 33;
+
+// Of HTML: &name; &#number; and the names that pages write without the ";".
+struct Reference {
+  std::size_t length;  // with "&" and ";"
+  CodePoint c;
+  std::string name;  // empty for a number
+};
+
+enum class Found { none, unfinished, whole };
+
+// Looks for a reference at the beginning of `text`, which is a "&".
+// ended  nothing follows `text`; otherwise what may go on is unfinished
+Found findReference(std::string_view text, bool ended, Reference& found);
 
 // How ASCII is written: as it is, in lower case, as code units, or in any two bytes.
 enum class Ascii { same, lowered, units, wide };
@@ -23,25 +37,25 @@ class Decoder {
  public:
   struct Surroundings {
     Account& account;
-    bool references;                           // character references are resolved
-    const std::optional<Buffer>& replacement;  // what stands for a loss, in the output's bytes
+    bool references = false;              // character references are resolved
+    const Buffer* replacement = nullptr;  // what stands for a loss, in the output's bytes
   };
 
-  explicit Decoder(const Surroundings& around)
-      : account_(around.account),
-        replacement_(around.replacement),
-        references_(around.references) {}
+  explicit Decoder(const Surroundings& around) : account_(around.account), around_(around) {}
   virtual ~Decoder() = default;
 
-  // Writes and accounts for what is whole of the text from p to end.
-  // ended    nothing follows: there is nothing to wait for
-  // Returns  where it stopped; a character that may go on is left
-  virtual const Byte* decode(const Byte* p, const Byte* end, bool ended) = 0;
-
-  // Before decode(): what to write, and where.
+  // What to write, and where.
   void setOutput(const CodeTable& table, Buffer& out);
 
+  // Writes and accounts for what is whole of the text.
+  // ended    nothing follows: there is nothing to wait for
+  // Returns  the bytes taken; a character that may go on is left
+  std::size_t take(std::string_view text, bool ended);
+
  protected:
+  // The same from p to end, for the account's piece. Returns where it stopped.
+  virtual const Byte* decode(const Byte* p, const Byte* end, bool ended) = 0;
+
   // No character is more than twice as long in the output; one block may be written in excess.
   char* roomFor(std::ptrdiff_t bytes) {
     return out_->room(2 * static_cast<std::size_t>(bytes) + 16);
@@ -67,8 +81,8 @@ class Decoder {
   template <class Run>
   const Byte* dispatch(Run run) {
     const auto withForm = [&]<Ascii form>() {
-      return references_ ? run.template operator()<form, true>()
-                         : run.template operator()<form, false>();
+      return around_.references ? run.template operator()<form, true>()
+                                : run.template operator()<form, false>();
     };
     switch (ascii_) {
       case Ascii::same: return withForm.template operator()<Ascii::same>();
@@ -86,15 +100,14 @@ class Decoder {
   void append(Entry entry);
   void lose(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c);
   bool resolve(const Reference& reference, const Byte* p, std::size_t size);
-  void putEscaped(std::string_view ascii);
+  void putEscaped(char c);
   const CodeTable& unicode();
 
   const CodeTable* table_ = nullptr;
   const CodeTable* unicode_ = nullptr;
   Reference reference_;  // the last one that was looked for
   std::string before_;   // its text, if it had all that belongs to it
-  const std::optional<Buffer>& replacement_;
-  const bool references_;
+  const Surroundings around_;
   Ascii ascii_ = Ascii::same;
 };
 

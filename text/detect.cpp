@@ -1,9 +1,6 @@
 #include "detect.h"
 
 #include <algorithm>
-#include <cstdlib>
-
-#include "declaration.h"
 
 namespace sgbk::text {
 namespace {
@@ -53,22 +50,18 @@ constexpr bool isUnits(Source source) {
 
 }  // namespace
 
-Detector::Reading::Reading(Source readAs) : source(readAs) {
-  static const std::optional<Buffer> kNoReplacement;
-  decoder = makeDecoder(source, {account, false, kNoReplacement});
-  TableKey key;
-  key.codes = codesOf(source);
-  decoder->setOutput(codeTable(key), out);
+Detector::Reading::Reading(Source readAs)
+    : source(readAs), decoder(makeDecoder(readAs, {account})) {
+  decoder->setOutput(codeTable({.codes = codesOf(source)}), out);
 }
 
 void Detector::Reading::take(std::string_view held, bool ended) {
-  const Byte* const begin = bytesOf(held.data()) + taken;
-  account.beginPiece(begin);
-  const Byte* const end = decoder->decode(begin, bytesOf(held.data()) + held.size(), ended);
-  account.endPiece(end);
-  taken += static_cast<std::size_t>(end - begin);
-  for (const Byte* p = begin; source == Source::big5 && end - p > 1; ++p) {
-    if (!isAscii(*p)) lowTrails += isAscii(*++p);
+  const std::string_view rest = held.substr(taken);
+  const std::size_t size = decoder->take(rest, ended);
+  taken += size;
+  const Byte* const bytes = bytesOf(rest.data());
+  for (std::size_t i = 0; source == Source::big5 && i + 1 < size; ++i) {
+    if (!isAscii(bytes[i])) lowTrails += isAscii(bytes[++i]);
   }
   const std::string_view text = out.view();
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -87,11 +80,12 @@ std::uint64_t Detector::Reading::strangeness() const {
 }
 
 std::uint64_t Detector::Reading::bad() const {
-  const auto& reasons = account.counts().reasons;
+  const auto& reasons = account.counts.reasons;
   return reasons[SGBK_MALFORMED] + reasons[SGBK_UNDEFINED];
 }
 
-Detector::Detector() {
+Detector::Detector(Source asked) : asked_(asked) {
+  if (asked == Source::ucs2) return;
   for (const Source source :
        {Source::utf8, Source::gbk, Source::big5, Source::ucs2le, Source::ucs2be}) {
     readings_.emplace_back(source);
@@ -141,6 +135,11 @@ void Detector::add(std::string_view held, bool ended) {
 
 Detector::Verdict Detector::look(std::string_view held, bool ended) {
   Verdict verdict;
+  if (asked_ == Source::ucs2) {
+    const bool isBigEndian = held.starts_with("\xFE\xFF");
+    if (held.size() >= 2 || ended) verdict.source = isBigEndian ? Source::ucs2be : Source::ucs2le;
+    return verdict;
+  }
   if (released_ == 0 && judged_ == 0) {
     for (const auto& [mark, source] : kMarks) {
       if (held.starts_with(mark)) {
@@ -198,7 +197,7 @@ const Detector::Reading* Detector::declared(std::string_view held) const {
   const std::string head = head_ + std::string(held.substr(0, kDeclarationBytes - head_.size()));
   const auto source = sourceNamed(declaredEncoding(head));
   for (const Reading& reading : readings_) {
-    const std::uint64_t malformed = reading.account.counts().reasons[SGBK_MALFORMED];
+    const std::uint64_t malformed = reading.account.counts.reasons[SGBK_MALFORMED];
     if (source == reading.source && 100 * malformed < reading.beyond) return &reading;
   }
   return nullptr;
@@ -216,7 +215,7 @@ std::optional<Source> Detector::decide(std::string_view held, bool ended) const 
   const std::uint64_t strange = best.strangeness();
   const Reading* const declared = this->declared(held);
   if (declared != nullptr && declared->strangeness() == strange) return declared->source;
-  const std::uint64_t size = isUnits(best.source) ? best.account.counts().characters : best.beyond;
+  const std::uint64_t size = isUnits(best.source) ? best.account.counts.characters : best.beyond;
   const bool isClear = readings[1]->strangeness() >= kClearRatio * strange + kClearDistance;
   if (isClear && !isUtf8 && kClearRatio * strange <= size) return best.source;
   if (ended && declared != nullptr) return declared->source;
@@ -230,8 +229,8 @@ std::string Detector::advice() const {
   for (const Reading* reading : ranked()) {
     sentence.append(separator).append(nameOf(reading->source)).append(" (");
     sentence += std::to_string(reading->bad()) + " of " +
-                std::to_string(reading->account.counts().characters) +
-                " characters would be lost, " + std::to_string(reading->rare) + " are rare)";
+                std::to_string(reading->account.counts.characters) + " characters would be lost, " +
+                std::to_string(reading->rare) + " are rare)";
     separator = ", then ";
   }
   return sentence;

@@ -1,4 +1,5 @@
-// Finds the encoding of an input from its bytes alone, however they are cut.
+// Finds the encoding of an input from its bytes alone, however they are cut, and what a page says
+// of its own: <meta charset>, http-equiv, and the XML declaration.
 
 #ifndef SGBK_TEXT_DETECT_H
 #define SGBK_TEXT_DETECT_H
@@ -13,6 +14,15 @@
 
 namespace sgbk::text {
 
+// Declarations count in the first bytes of a page only.
+inline constexpr std::size_t kDeclarationBytes = 1024;
+
+// The first encoding declared in `head`, as it is written there; empty when there is none.
+std::string_view declaredEncoding(std::string_view head);
+
+// `head` with `name` in place of each encoding that is declared.
+std::string withDeclared(std::string_view head, std::string_view name);
+
 class Detector {
  public:
   // What is not decided by then never is.
@@ -24,7 +34,8 @@ class Detector {
     bool isRefused = false;
   };
 
-  Detector();
+  // asked  automatic, or ucs2, of which only the byte order is to be found
+  explicit Detector(Source asked);
 
   // held   the input so far, but for what earlier verdicts said is ASCII
   // ended  nothing follows
@@ -62,6 +73,7 @@ class Detector {
   std::optional<Source> decide(std::string_view held, bool ended) const;
   const Reading* declared(std::string_view held) const;
 
+  const Source asked_;
   std::string head_;              // the first bytes of the input, for declarations
   std::size_t released_ = 0;      // bytes that were ASCII
   std::size_t judged_ = 0;        // bytes of `held` that have been read

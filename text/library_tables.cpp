@@ -23,14 +23,12 @@ constexpr gchar_t kBig5Space = unitOf(0xA1, 0x40);
 constexpr gchar_t kWhiteSquare = unitOf(0xA1, 0xBC);  // Big5: for what it lacks
 constexpr unsigned short kWhiteSquareCodePoint = 0x25A1;
 
-std::vector<gchar_t> codesOf(bool (*isTrail)(Byte)) {
+template <bool (*isTrail)(Byte)>
+std::vector<gchar_t> allCodes() {
   std::vector<gchar_t> codes;
-  for (unsigned lead = 0x81; lead <= 0xFE; ++lead) {
-    for (unsigned trail = 0x40; trail <= 0xFE; ++trail) {
-      if (isTrail(static_cast<Byte>(trail))) {
-        codes.push_back(unitOf(static_cast<Byte>(lead), static_cast<Byte>(trail)));
-      }
-    }
+  for (unsigned code = 0x8140; code <= 0xFEFE; ++code) {
+    const auto trail = static_cast<Byte>(code & 0xFF);
+    if (isTrail(trail)) codes.push_back(unitOf(static_cast<Byte>(code >> 8), trail));
   }
   return codes;
 }
@@ -53,8 +51,8 @@ void askStream(EncodingConvertor& converter, Conversion conversion,
 LibraryTables::LibraryTables() {
   if (EncodingConvertor::initializeInstance(nullptr) != 0) throw std::bad_alloc();
   EncodingConvertor& converter = *EncodingConvertor::getInstance();
-  const auto gbkCodes = codesOf(isGbkTrail);
-  askStream(converter, &EncodingConvertor::b52sgbk, codesOf(isBig5Trail), kBig5Space, fromBig5);
+  const auto gbkCodes = allCodes<isGbkTrail>();
+  askStream(converter, &EncodingConvertor::b52sgbk, allCodes<isBig5Trail>(), kBig5Space, fromBig5);
   askStream(converter, &EncodingConvertor::t2sgbk, gbkCodes, CHINESE_SPACE_CHAR, fromGbk);
   for (unsigned c = 0; c < fromUnicode.size(); ++c) {
     const gchar_t unit = converter.getucgvalue(static_cast<unsigned short>(c));

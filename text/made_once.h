@@ -9,15 +9,26 @@
 
 namespace sgbk::text {
 
-// The one T of the process.
-template <class T>
-const T& madeOnce() {
-  static std::atomic<const T*> slot;
-  if (const T* const there = slot.load(std::memory_order_acquire)) return *there;
-  auto made = std::make_unique<const T>();
-  const T* first = nullptr;
-  if (!slot.compare_exchange_strong(first, made.get(), std::memory_order_acq_rel)) return *first;
-  return *made.release();
+// The one T of the process whose member `key` equals the key; the one T where there is no key.
+template <class T, class... Key>
+const T& madeOnce(const Key&... key) {
+  struct Node {
+    const T made;
+    const Node* next;
+  };
+  static std::atomic<const Node*> newest;
+  const Node* first = newest.load(std::memory_order_acquire);
+  std::unique_ptr<Node> mine;
+  for (;;) {
+    for (const Node* node = first; node != nullptr; node = node->next) {
+      if ((... && (node->made.key == key))) return node->made;
+    }
+    if (mine == nullptr) mine.reset(new Node{T(key...), nullptr});
+    mine->next = first;
+    if (newest.compare_exchange_weak(first, mine.get(), std::memory_order_acq_rel)) {
+      return mine.release()->made;
+    }
+  }
 }
 
 }  // namespace sgbk::text

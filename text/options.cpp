@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstring>
 
+#include "code_points.h"
 #include "library_tables.h"
 
 namespace sgbk::text {
@@ -10,6 +11,33 @@ namespace {
 
 // Lines are held until it is known whether they are too long.
 constexpr std::size_t kLongestCut = 1'000'000;
+
+constexpr sgbk_encoding kSources[] = {
+    {"auto", "", "found from the text: byte-order mark, UTF-8, declaration, counts; the default"},
+    {"big5",
+     "BIG-FIVE BIGFIVE CN-BIG5 CSBIG5 CP950 MS950 WINDOWS-950 BIG5-ETEN BIG5-HKSCS "
+     "BIG5-HKSCS:1999 BIG5-HKSCS:2001 BIG5-HKSCS:2004 BIG5-HKSCS:2008",
+     "with the ETEN and Hong Kong rows"},
+    {"gbk", "CP936 MS936 WINDOWS-936 GB2312 EUC-CN EUCCN CN-GB CSGB2312 CSGBK GB18030 CSGB18030",
+     "with the four-byte codes of GB18030"},
+    {"utf-8", "UTF8 CSUTF8", ""},
+    {"ucs-2le", "UTF-16LE UCS-2-INTERNAL UNICODELITTLE", "little-endian, with surrogates"},
+    {"ucs-2be", "UTF-16BE UNICODEBIG", "big-endian, with surrogates"},
+    {"ucs-2", "UTF-16 ISO-10646-UCS-2 CSUNICODE CSUTF16",
+     "by byte-order mark, little-endian without one"},
+    {"hz", "HZ-GB-2312 HZGB2312", ""},
+};
+
+constexpr sgbk_encoding kTargets[] = {
+    {"gbk", "CP936 MS936 WINDOWS-936 GB2312 EUC-CN EUCCN CN-GB CSGB2312 CSGBK",
+     "ASCII in one byte; the default"},
+    {"gb18030", "CSGB18030", "every character of Unicode"},
+    {"gbk-wide", "", "every character in two bytes"},
+    {"big5", "BIG-FIVE BIGFIVE CN-BIG5 CSBIG5 CP950 MS950 WINDOWS-950 BIG5-ETEN BIG5-HKSCS",
+     "folded to half-width"},
+    {"utf-8", "UTF8 CSUTF8", "every character of Unicode"},
+    {"utf-16le", "UTF-16 UCS-2LE UCS-2", "little-endian, without a byte-order mark"},
+};
 
 constexpr sgbk_option kOptions[] = {
     {"entities", nullptr, 'E', "resolve &name; and &#number;"},
@@ -51,7 +79,42 @@ std::size_t lengthFrom(const std::string& name, const char* text) {
   return number;
 }
 
+// Of a name, what tells it from others.
+std::string folded(std::string_view name) {
+  std::string result;
+  for (const char c : name.substr(0, name.find("//"))) {
+    if (isLetter(c) || isDigit(c)) result += lower(c);
+  }
+  return result;
+}
+
+bool isOneOf(std::string_view list, const std::string& wanted) {
+  while (!list.empty()) {
+    const auto word = list.substr(0, list.find(' '));
+    if (folded(word) == wanted) return true;
+    list.remove_prefix(word.size() + (word.size() != list.size()));
+  }
+  return false;
+}
+
+template <class Encoding>
+std::optional<Encoding> find(std::span<const sgbk_encoding> table, std::string_view name) {
+  const std::string wanted = folded(name);
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    const std::string names = std::string(table[i].name) + ' ' + table[i].aliases;
+    if (isOneOf(names, wanted)) return static_cast<Encoding>(i);
+  }
+  return std::nullopt;
+}
+
 }  // namespace
+
+std::optional<Source> sourceNamed(std::string_view name) { return find<Source>(kSources, name); }
+std::optional<Target> targetNamed(std::string_view name) { return find<Target>(kTargets, name); }
+const char* nameOf(Source source) { return kSources[static_cast<std::size_t>(source)].name; }
+const char* nameOf(Target target) { return kTargets[static_cast<std::size_t>(target)].name; }
+std::span<const sgbk_encoding> sources() { return kSources; }
+std::span<const sgbk_encoding> targets() { return kTargets; }
 
 std::span<const sgbk_option> optionTable() { return kOptions; }
 
@@ -72,14 +135,14 @@ void setOption(Options& options, const std::string& name, const char* value) {
   }
 }
 
-void checkTogether(const Options& o, Source source, Target target) {
+void checkTogether(const Options& o, Source source) {
   if (!o.simplify && source != Source::gbk && source != Source::hz) {
     refuse("no-simplify works from gbk and hz only: the other tables simplify by themselves");
   }
-  if (target == Target::gbkWide && (o.halfWidth || o.html || o.declare)) {
+  if (o.target == Target::gbkWide && (o.halfWidth || o.html || o.declare)) {
     refuse("gbk-wide has no half-width characters, so no half-width, html or declare");
   }
-  if (o.traditional && target != Target::big5) refuse("traditional works to big5 only");
+  if (o.traditional && o.target != Target::big5) refuse("traditional works to big5 only");
   if (o.traditional && !libraryTables().hasTraditional) {
     refuse("traditional: the table library that is loaded is not the one that this was built with");
   }

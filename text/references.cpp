@@ -1,7 +1,6 @@
-#include "references.h"
-
 #include <charconv>
 
+#include "decoder.h"
 #include "sgbk/support.h"
 
 namespace sgbk::text {
@@ -9,9 +8,6 @@ namespace {
 
 constexpr UINT16 kUnknownEntity = 0xFFFE;
 constexpr CodePoint kLastCodePoint = 0x10FFFF;
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 // A control character, or none at all, would not be what the page means.
 bool isNameable(CodePoint c) {

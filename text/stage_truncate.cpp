@@ -11,16 +11,16 @@ class TruncateStage : public Stage {
  public:
   explicit TruncateStage(std::size_t limit) : limit_(limit) {}
 
-  std::size_t apply(std::string_view text, bool ended, Buffer& out) override {
+  std::size_t apply(std::string_view text, bool ended) override {
     std::size_t used = 0;
-    while (used != text.size() && takeLine(text, used, ended, out)) scanned_ = used;
+    while (used != text.size() && takeLine(text, used, ended)) scanned_ = used;
     scanned_ = text.size() - used;
     return used;
   }
 
  private:
   // Takes a line from `used` on, or as much of it as has a say. False when more has to be seen.
-  bool takeLine(std::string_view text, std::size_t& used, bool ended, Buffer& out) {
+  bool takeLine(std::string_view text, std::size_t& used, bool ended) {
     const std::size_t lineFeed = text.find('\n', std::max(used, scanned_));
     const bool isWhole = lineFeed != std::string_view::npos || ended;
     const std::string_view line = text.substr(used, std::min(lineFeed, text.size()) - used);
@@ -31,7 +31,7 @@ class TruncateStage : public Stage {
     if (body.size() <= limit_ && !isCut_) {
       out.append(body);
     } else if (!isCut_) {
-      cut(body, out);
+      cut(body);
     }
     isCut_ = !isWhole;
     used += isWhole ? line.size() : body.size();
@@ -45,7 +45,7 @@ class TruncateStage : public Stage {
 
   // The library cuts text that is written in its own classes: words, dots, all other ASCII, and
   // ideographs.
-  void cut(std::string_view line, Buffer& out) const {
+  void cut(std::string_view line) {
     std::string standIn;
     for (std::size_t at = 0; standIn.size() <= limit_;) {
       const auto b = static_cast<Byte>(line[at]);

@@ -83,12 +83,12 @@ sgbk_result sgbk_convert(sgbk_converter* c, const void* in, size_t size, int las
 }
 
 const sgbk_loss* sgbk_losses(const sgbk_converter* c, size_t* count) {
-  const auto& losses = c->converter.account().losses();
+  const auto& losses = c->converter.account().losses;
   *count = losses.size();
   return losses.data();
 }
 
-const sgbk_counts* sgbk_count(const sgbk_converter* c) { return &c->converter.account().counts(); }
+const sgbk_counts* sgbk_count(const sgbk_converter* c) { return &c->converter.account().counts; }
 uint64_t sgbk_lost(const sgbk_converter* c) { return c->converter.account().lost(); }
 const char* sgbk_source(const sgbk_converter* c) { return nameOf(c->converter.source()); }
 const char* sgbk_error(const sgbk_converter* c) { return c->error.c_str(); }
@@ -103,7 +103,7 @@ void sgbk_close(sgbk_converter* c) { delete c; }
 const char* sgbk_detect(const void* in, size_t size, int whole) {
   return orNull([&] {
     const std::string_view text(static_cast<const char*>(in), size);
-    return nameOf(Detector().look(text, whole != 0).source);
+    return nameOf(Detector(Source::automatic).look(text, whole != 0).source);
   });
 }
 
