@@ -30,37 +30,29 @@ std::uint64_t countUnits(std::string_view text, ElementOf<Vector> wanted) {
 
 }  // namespace
 
-void Account::countLines(const Byte* end) {
+void Account::countTo(const Byte* end) {
   const std::string_view text(reinterpret_cast<const char*>(counted_),
                               static_cast<std::size_t>(end - counted_));
   counts.lines += !source                    ? 0
                   : source == Source::ucs2le ? countUnits<Units>(text, '\n')
                   : source == Source::ucs2be ? countUnits<Units>(text, '\n' << 8)
                                              : countUnits<Bytes>(text, '\n');
+  counts.bytes += text.size();
   counted_ = end;
 }
 
-void Account::endPiece(const Byte* end) {
-  countLines(end);
-  counts.bytes += static_cast<std::uint64_t>(end - begin_);
-  begin_ = end;
-}
-
 void Account::tell(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c) {
-  countLines(p);
+  countTo(p);
   sgbk_loss loss = {};
   loss.line = counts.lines + 1;
-  loss.offset = counts.bytes + static_cast<std::uint64_t>(p - begin_);
+  loss.offset = counts.bytes;
   loss.code_point = c;
   loss.reason = static_cast<std::uint8_t>(reason);
   loss.size = static_cast<std::uint8_t>(size);
   std::memcpy(loss.bytes, p, std::min<std::size_t>(size, SGBK_LOSS_BYTES));
   if (counts.first.size == 0 && reason != SGBK_REPLACED) counts.first = loss;
   if (isListed) losses.push_back(loss);
-  if (isStrict && reason != SGBK_REPLACED) {
-    endPiece(p);
-    throw Stop();
-  }
+  if (isStrict && reason != SGBK_REPLACED) throw Stop();
 }
 
 std::uint64_t Account::lost() const {

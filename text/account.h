@@ -16,15 +16,15 @@ struct Account {
   struct Stop {};
 
   // A piece of the input begins here, and all before it was dealt with.
-  void beginPiece(const Byte* begin) { counted_ = begin_ = begin; }
-  // The piece was dealt with up to here.
-  void endPiece(const Byte* end);
+  void beginPiece(const Byte* begin) { counted_ = begin; }
+  // The piece was dealt with up to here: counts its bytes and lines.
+  void countTo(const Byte* end);
 
   void addCharacters(std::ptrdiff_t count) {
     counts.characters += static_cast<std::uint64_t>(count);
   }
   // At `p` in the piece, `size` bytes of input. Calls come in the order of the input. Under strict
-  // throws Stop, and the piece ends there.
+  // throws Stop, and the account ends there.
   void add(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c) {
     ++counts.reasons[reason];
     const bool isFirst = counts.first.size == 0 && reason != SGBK_REPLACED;
@@ -39,11 +39,9 @@ struct Account {
   std::vector<sgbk_loss> losses;
 
  private:
-  void countLines(const Byte* end);
   void tell(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c);
 
-  const Byte* begin_ = nullptr;    // of the piece
-  const Byte* counted_ = nullptr;  // line feeds before it are in counts
+  const Byte* counted_ = nullptr;  // what is before it is in counts
 };
 
 }  // namespace sgbk::text

@@ -6,11 +6,6 @@
 
 #include "made_once.h"
 
-// The images that the build makes from the mapping texts: a code point for each code, lead byte +
-// 256 * trail byte.
-extern "C" const std::uint32_t sgbk_gbk_code_points[0x10000];
-extern "C" const std::uint32_t sgbk_big5_code_points[0x10000];
-
 namespace sgbk::text {
 namespace {
 
@@ -27,16 +22,6 @@ constexpr MovedCharacter kMoved[] = {
 
 constexpr std::size_t kFourByteCodes = 39420;       // of the Basic Multilingual Plane
 constexpr std::size_t kSupplementaryRank = 189000;  // of U+10000
-
-constexpr std::uint32_t rankOf(const Byte* p) {
-  return ((p[0] - 0x81u) * 10 + (p[1] - 0x30u)) * 1260 + (p[2] - 0x81u) * 10 + (p[3] - 0x30u);
-}
-
-constexpr Sequence fourBytes(std::uint32_t rank) {
-  return {4,
-          {static_cast<char>(0x81 + rank / 12600), static_cast<char>(0x30 + rank / 1260 % 10),
-           static_cast<char>(0x81 + rank / 10 % 126), static_cast<char>(0x30 + rank % 10)}};
-}
 
 constexpr Sequence twoBytes(gchar_t unit) {
   return {2, {static_cast<char>(leadOf(unit)), static_cast<char>(trailOf(unit))}};
@@ -90,9 +75,6 @@ struct Big5 {
 
 }  // namespace
 
-CodePoint codePointOfGbk(gchar_t code) { return sgbk_gbk_code_points[code]; }
-CodePoint codePointOfBig5(gchar_t code) { return sgbk_big5_code_points[code]; }
-
 CodePoint privatePointOf(CodePoint c) {
   if (c > std::rbegin(kMoved)->now) return kNoCodePoint;
   const auto* const moved = std::find_if(std::begin(kMoved), std::end(kMoved),
@@ -122,10 +104,11 @@ Sequence utf16leOf(CodePoint c) {
 Sequence gb18030Of(CodePoint c) {
   if (c < 0x80) return {1, {static_cast<char>(c)}};
   if (isSurrogate(c)) return {};
-  if (c >= 0x10000) return fourBytes(static_cast<std::uint32_t>(kSupplementaryRank) + c - 0x10000);
+  if (c >= 0x10000)
+    return fourBytesOf(static_cast<std::uint32_t>(kSupplementaryRank) + c - 0x10000);
   const auto& gb18030 = madeOnce<Gb18030>();
   const gchar_t code = gb18030.twoByteCode[c];
-  return code != 0 ? twoBytes(code) : fourBytes(gb18030.rank[c]);
+  return code != 0 ? twoBytes(code) : fourBytesOf(gb18030.rank[c]);
 }
 
 CodePoint codePointOfGb18030(const Byte* bytes) {
@@ -139,8 +122,5 @@ Sequence big5Of(CodePoint c) {
   const auto& codes = madeOnce<Big5>().codes;
   return c < codes.size() && codes[c] != 0 ? twoBytes(codes[c]) : Sequence{};
 }
-
-Sequence fourBytesOf(CodePoint c) { return fourBytes(c); }
-CodePoint codePointOfFourBytes(const Byte* bytes) { return rankOf(bytes); }
 
 }  // namespace sgbk::text

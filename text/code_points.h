@@ -8,6 +8,11 @@
 
 #include "core/gbk_bytes.h"
 
+// The images that the build makes from the mapping texts: a code point for each code, lead byte +
+// 256 * trail byte. All two-byte codes of GB18030 are codes of GBK here.
+extern "C" const std::uint32_t sgbk_gbk_code_points[0x10000];
+extern "C" const std::uint32_t sgbk_big5_code_points[0x10000];
+
 namespace sgbk::text {
 
 using CodePoint = std::uint32_t;
@@ -30,10 +35,6 @@ struct Sequence {
   std::string_view view() const { return {bytes, size}; }
 };
 
-// kNoCodePoint for what is no code. All two-byte codes of GB18030 are codes of GBK here.
-CodePoint codePointOfGbk(gchar_t code);
-CodePoint codePointOfBig5(gchar_t code);
-
 // The code point by which Unicode before 3.1 had to write some characters of row FE, and by which
 // the library knows them; kNoCodePoint for all others.
 CodePoint privatePointOf(CodePoint c);
@@ -46,11 +47,16 @@ Sequence big5Of(CodePoint c);
 // Of four bytes of the right shape in GB18030; kNoCodePoint when there is no such character.
 CodePoint codePointOfGb18030(const Byte* bytes);
 
-// What is not in GBK, in the text between decoding and encoding: four bytes of the shape that
-// GB18030 has, numbered by code point.
-Sequence fourBytesOf(CodePoint c);
-CodePoint codePointOfFourBytes(const Byte* bytes);
-
+// The codes of four bytes by their number. In the text between decoding and encoding that is the
+// code point of a character that GBK lacks.
+constexpr Sequence fourBytesOf(std::uint32_t rank) {
+  return {4,
+          {static_cast<char>(0x81 + rank / 12600), static_cast<char>(0x30 + rank / 1260 % 10),
+           static_cast<char>(0x81 + rank / 10 % 126), static_cast<char>(0x30 + rank % 10)}};
+}
+constexpr std::uint32_t rankOf(const Byte* p) {
+  return ((p[0] - 0x81u) * 10 + (p[1] - 0x30u)) * 1260 + (p[2] - 0x81u) * 10 + (p[3] - 0x30u);
+}
 // The second and the fourth byte tell four bytes from two.
 constexpr bool isFourBytesDigit(Byte b) { return b >= '0' && b <= '9'; }
 

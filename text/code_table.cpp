@@ -19,10 +19,6 @@ constexpr bool isMarkup(gchar_t unit) {
   return unit == unitOf(0xA3, 0xA6) || unit == unitOf(0xA3, 0xBC) || unit == unitOf(0xA3, 0xBE);
 }
 
-bool hasShape(gchar_t code, bool (*isTrail)(Byte)) {
-  return isLeadByte(leadOf(code)) && isTrail(trailOf(code));
-}
-
 Entry ofAscii(const CodeTable& table, char c) {
   const bool isTarget = table.key.form == Form::target;
   const auto byte = static_cast<Byte>(table.key.foldCase ? lower(c) : c);
@@ -58,32 +54,26 @@ Entry ofUnit(const CodeTable& table, gchar_t unit, CodePoint c) {
     if (isTarget) return entryFor(big5);
   }
   const bool isUnicode = key.target == Target::utf8 || key.target == Target::utf16le;
-  return isTarget && isUnicode ? ofCodePoint(table, codePointOfGbk(unit)) : entryFor(unit);
+  return isTarget && isUnicode ? ofCodePoint(table, sgbk_gbk_code_points[unit]) : entryFor(unit);
 }
 
 Entry entryAt(const CodeTable& table, gchar_t index) {
-  const TableKey& key = table.key;
+  const Codes codes = table.key.codes;
   if (index < 0x80) return ofAscii(table, static_cast<char>(index));
-  switch (key.codes) {
-    case Codes::unicode:
-      if (index == kByteOrderMark) return rareEntry(Rare::nothing, index);
-      if (isSurrogate(index)) break;
-      if (const gchar_t unit = table.library.fromUnicode[index]) return ofUnit(table, unit, index);
-      return ofCodePoint(table, index);
-    case Codes::big5:
-      if (!hasShape(index, isBig5Trail)) break;
-      if (const gchar_t unit = table.library.fromBig5[index]) return ofUnit(table, unit, 0);
-      if (const CodePoint c = codePointOfBig5(index)) return ofCodePoint(table, c);
-      return rareEntry(Rare::undefined, 0);
-    case Codes::gbk:
-      if (!hasShape(index, isGbkTrail)) break;
-      if (const gchar_t unit = table.library.fromGbk[index])
-        return ofUnit(table, key.simplify ? unit : index, 0);
-      const CodePoint c = codePointOfGbk(index);
-      const bool isCharacter = c != kNoCodePoint && !isPrivateUse(c);
-      return isCharacter ? ofCodePoint(table, c) : rareEntry(Rare::undefined, 0);
-  }
-  return rareEntry(Rare::malformed, 0);
+  const bool isTrail =
+      codes == Codes::big5 ? isBig5Trail(trailOf(index)) : isGbkTrail(trailOf(index));
+  const bool isUnicode = codes == Codes::unicode;
+  const bool hasShape = isUnicode ? !isSurrogate(index) : isTrail && isLeadByte(leadOf(index));
+  if (!hasShape) return rareEntry(Rare::malformed, 0);
+  if (isUnicode && index == kByteOrderMark) return rareEntry(Rare::nothing, index);
+  if (const gchar_t unit = table.library.from[static_cast<std::size_t>(codes)][index])
+    return ofUnit(table, codes == Codes::gbk && !table.key.simplify ? index : unit,
+                  isUnicode ? index : 0);
+  const CodePoint c = isUnicode              ? index
+                      : codes == Codes::big5 ? sgbk_big5_code_points[index]
+                                             : sgbk_gbk_code_points[index];
+  const bool isCharacter = isUnicode || (c != kNoCodePoint && !isPrivateUse(c));
+  return isCharacter ? ofCodePoint(table, c) : rareEntry(Rare::undefined, 0);
 }
 
 }  // namespace

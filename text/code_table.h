@@ -8,7 +8,6 @@
 #include <string>
 
 #include "code_points.h"
-#include "library_tables.h"
 #include "options.h"
 
 namespace sgbk::text {
@@ -20,6 +19,34 @@ constexpr Codes codesOf(Source source) {
     case Source::hz: return Codes::gbk;
     default: return Codes::unicode;
   }
+}
+
+// All that the library answers, asked once a process by its public calls.
+struct LibraryTables {
+  using Table = std::array<gchar_t, 0x10000>;
+
+  // By Codes, and by such a code: the simplified character in GBK, 0 for none.
+  std::array<Table, 3> from{};
+  // By GBK code: the Big5 code, or one ASCII byte for what is folded to it; 0 for none. The second
+  // prefers the traditional form of a character to its own code.
+  Table toBig5{};
+  Table toTraditionalBig5{};
+  // What ASCII is widened to.
+  std::array<gchar_t, 0x80> widened{};
+  // False when the loaded table is not the one that toTraditionalBig5 is a variant of.
+  bool hasTraditional = true;
+
+  LibraryTables();
+};
+
+// Creates the process's converter the first time, if there is none. Throws std::bad_alloc.
+const LibraryTables& libraryTables();
+
+// A code that may stand in GBK text: of the right shape, and of no user-defined area.
+constexpr bool isGbkTrail(Byte b) { return b >= 0x40 && b != 0x7F && b != 0xFF; }
+constexpr bool isBig5Trail(Byte b) { return (b >= 0x40 && b < 0x7F) || (b >= 0xA1 && b != 0xFF); }
+constexpr bool isGbkCharacter(gchar_t unit) {
+  return isLeadByte(leadOf(unit)) && isGbkTrail(trailOf(unit)) && !isGBKUndefinedChar(unit);
 }
 
 // An entry holds up to three bytes, the first lowest, and their number above. Where it holds none,

@@ -149,7 +149,7 @@ void Converter::find(std::string_view in, bool last) {
     declare(unfound_.view().substr(0, verdict.ascii), false);
     unfound_.removePrefix(verdict.ascii);
   }
-  if (verdict.isRefused) throw Failure{SGBK_UNKNOWN_SOURCE, detector_->advice()};
+  if (!verdict.refusal.empty()) throw Failure{SGBK_UNKNOWN_SOURCE, verdict.refusal};
   if (!verdict.source) return;
   detector_.reset();
   setSource(*verdict.source);

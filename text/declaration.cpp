@@ -7,7 +7,8 @@ namespace {
 
 constexpr std::size_t kNowhere = std::string_view::npos;
 
-bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+constexpr std::string_view kSpaces = " \t\n\v\f\r";
+constexpr std::string_view kValueEnds = " \t\n\v\f\r\"'<>;/?";
 
 // In any mixture of capitals and small letters.
 std::size_t findWord(std::string_view text, std::string_view word, std::size_t from = 0) {
@@ -19,29 +20,18 @@ std::size_t findWord(std::string_view text, std::string_view word, std::size_t f
 
 // The value behind `attribute` and a "=" in a tag.
 std::string_view valueOf(std::string_view tag, std::string_view attribute, bool inQuotesToo) {
+  const auto isQuote = [](char c) { return c == '"' || c == '\''; };
   for (std::size_t at = 0; (at = findWord(tag, attribute, at)) != kNowhere;) {
-    const auto before = tag.substr(0, at);
-    const bool isQuoted = (std::count(before.begin(), before.end(), '"') +
-                           std::count(before.begin(), before.end(), '\'')) %
-                              2 !=
-                          0;
+    const bool isQuoted = std::ranges::count_if(tag.substr(0, at), isQuote) % 2 != 0;
     at += attribute.size();
-    std::size_t begin = at;
-    const auto skipSpaces = [&] {
-      while (begin < tag.size() && isSpace(tag[begin])) ++begin;
-    };
-    skipSpaces();
-    if ((isQuoted && !inQuotesToo) || begin == tag.size() || tag[begin] != '=') continue;
-    ++begin;
-    skipSpaces();
-    if (begin < tag.size() && (tag[begin] == '"' || tag[begin] == '\'')) ++begin;
-    std::size_t end = begin;
-    while (end < tag.size() && !isSpace(tag[end]) &&
-           std::string_view("\"'<>;/?").find(tag[end]) == kNowhere) {
-      ++end;
-    }
+    const std::size_t equals = tag.find_first_not_of(kSpaces, at);
+    if ((isQuoted && !inQuotesToo) || equals == kNowhere || tag[equals] != '=') continue;
+    std::size_t begin = tag.find_first_not_of(kSpaces, equals + 1);
+    if (begin == kNowhere) break;
+    begin += isQuote(tag[begin]);
+    const std::size_t end = tag.find_first_of(kValueEnds, begin);
     // Cut off by the end of what is looked at, it may go on.
-    if (end != begin && end != tag.size()) return tag.substr(begin, end - begin);
+    if (end != begin && end != kNowhere) return tag.substr(begin, end - begin);
   }
   return {};
 }

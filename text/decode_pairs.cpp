@@ -1,7 +1,6 @@
 // Big5 and GBK: one byte or two, and in GB18030 four.
 
 #include "byte_decoder.h"
-#include "library_tables.h"
 
 namespace sgbk::text {
 namespace {
@@ -53,7 +52,7 @@ class PairDecoder : public ByteDecoder<PairDecoder<fourBytes, isTrail>> {
 
   std::size_t takeFourBytes(const Byte* p) {
     const bool isMiddle = fourBytes == FourBytes::middle;
-    const CodePoint c = isMiddle ? codePointOfFourBytes(p) : codePointOfGb18030(p);
+    const CodePoint c = isMiddle ? rankOf(p) : codePointOfGb18030(p);
     if (c == kNoCodePoint) {
       this->put(rareEntry(Rare::undefined, 0), p, 4);
     } else if (isMiddle) {

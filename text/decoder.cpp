@@ -32,7 +32,7 @@ std::size_t Decoder::take(std::string_view text, bool ended) {
   const Byte* const begin = bytesOf(text.data());
   account_.beginPiece(begin);
   const Byte* const end = decode(begin, begin + text.size(), ended);
-  account_.endPiece(end);
+  account_.countTo(end);
   return static_cast<std::size_t>(end - begin);
 }
 

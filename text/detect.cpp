@@ -33,6 +33,8 @@ constexpr std::pair<std::string_view, std::optional<Source>> kMarks[] = {
     {"\xFE\xFF", Source::ucs2be},     {"\x84\x31\x95\x33", Source::gbk},
 };
 
+constexpr const char* kUtf32 = "this is UTF-32 by its byte-order mark, which is not read here";
+
 // Of simplified GBK: punctuation, full-width ASCII, and the ideographs that GB 2312 has first, more
 // than 99 % of most texts.
 constexpr bool isCommon(Byte lead, Byte trail) {
@@ -142,10 +144,7 @@ Detector::Verdict Detector::look(std::string_view held, bool ended) {
   }
   if (released_ == 0 && judged_ == 0) {
     for (const auto& [mark, source] : kMarks) {
-      if (held.starts_with(mark)) {
-        isUtf32_ = !source;
-        return {0, source, isUtf32_};
-      }
+      if (held.starts_with(mark)) return {0, source, source ? "" : kUtf32};
       if (!ended && mark.starts_with(held)) return verdict;
     }
   }
@@ -179,7 +178,7 @@ Detector::Verdict Detector::look(std::string_view held, bool ended) {
     }
     add(line, isLast && isAll);
     verdict.source = decide(line, isLast);
-    verdict.isRefused = isLast && !verdict.source;
+    if (isLast && !verdict.source) verdict.refusal = advice();
     if (verdict.source || isLast) return verdict;
   }
 }
@@ -223,7 +222,6 @@ std::optional<Source> Detector::decide(std::string_view held, bool ended) const 
 }
 
 std::string Detector::advice() const {
-  if (isUtf32_) return "this is UTF-32 by its byte-order mark, which is not read here";
   std::string sentence = "cannot tell the encoding, so it has to be named; most likely it is ";
   const char* separator = "";
   for (const Reading* reading : ranked()) {

@@ -31,7 +31,7 @@ class Detector {
   struct Verdict {
     std::size_t ascii = 0;         // bytes at the beginning that are ASCII in any case
     std::optional<Source> source;  // of all that follows them
-    bool isRefused = false;
+    std::string refusal = {};      // why nothing can be found, and what somebody can do about it
   };
 
   // asked  automatic, or ucs2, of which only the byte order is to be found
@@ -40,9 +40,6 @@ class Detector {
   // held   the input so far, but for what earlier verdicts said is ASCII
   // ended  nothing follows
   Verdict look(std::string_view held, bool ended);
-
-  // After a refusal: what somebody can do about it.
-  std::string advice() const;
 
  private:
   // The text as it would be in one encoding.
@@ -70,6 +67,7 @@ class Detector {
   void release(Verdict& verdict, std::string_view ascii);
   void add(std::string_view held, bool ended);
   std::vector<const Reading*> ranked() const;
+  std::string advice() const;
   std::optional<Source> decide(std::string_view held, bool ended) const;
   const Reading* declared(std::string_view held) const;
 
@@ -81,7 +79,6 @@ class Detector {
   std::uint64_t others_ = 0;      // of these, from C4 on: no accents of Western Europe in UTF-8
   std::uint64_t utf8Weight_ = 0;  // how much speaks for UTF-8
   std::list<Reading> readings_;   // as UTF-8 and GBK first
-  bool isUtf32_ = false;
 };
 
 }  // namespace sgbk::text

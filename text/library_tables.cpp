@@ -1,9 +1,7 @@
-#include "library_tables.h"
-
 #include <new>
-#include <string>
 #include <vector>
 
+#include "code_table.h"
 #include "made_once.h"
 #include "sgbk/EncodingConvertor.h"
 
@@ -51,7 +49,8 @@ void askStream(EncodingConvertor& converter, Conversion conversion,
 LibraryTables::LibraryTables() {
   if (EncodingConvertor::initializeInstance(nullptr) != 0) throw std::bad_alloc();
   EncodingConvertor& converter = *EncodingConvertor::getInstance();
-  const auto gbkCodes = allCodes<isGbkTrail>();
+  auto& [fromBig5, fromGbk, fromUnicode] = from;
+  auto gbkCodes = allCodes<isGbkTrail>();
   askStream(converter, &EncodingConvertor::b52sgbk, allCodes<isBig5Trail>(), kBig5Space, fromBig5);
   askStream(converter, &EncodingConvertor::t2sgbk, gbkCodes, CHINESE_SPACE_CHAR, fromGbk);
   for (unsigned c = 0; c < fromUnicode.size(); ++c) {
@@ -60,16 +59,12 @@ LibraryTables::LibraryTables() {
     if (unit != kUnmapped && isGbkCharacter(unit)) fromUnicode[c] = unit;
   }
 
-  std::string text;
-  for (const gchar_t code : gbkCodes) {
-    if (!isGbkCharacter(code)) continue;
-    text += {static_cast<char>(leadOf(code)), static_cast<char>(trailOf(code))};
-  }
+  std::erase_if(gbkCodes, [](gchar_t code) { return !isGbkCharacter(code); });
+  const std::string text(reinterpret_cast<const char*>(gbkCodes.data()), 2 * gbkCodes.size());
   std::string big5(text.size() + 4, '\0');
   converter.gchar2big5(text.c_str(), big5.data(), static_cast<int>(big5.size()), false);
   const Byte* written = bytesOf(big5.data());
-  for (std::size_t i = 0; i < text.size(); i += 2) {
-    const gchar_t code = loadUnit(bytesOf(text.data() + i));
+  for (const gchar_t code : gbkCodes) {
     const gchar_t entry = isAscii(*written) ? *written : loadUnit(written);
     const bool isLacking = entry == kWhiteSquare && code != fromUnicode[kWhiteSquareCodePoint];
     toBig5[code] = isLacking ? gchar_t{0} : entry;

@@ -3,8 +3,7 @@
 #include <charconv>
 #include <cstring>
 
-#include "code_points.h"
-#include "library_tables.h"
+#include "code_table.h"
 
 namespace sgbk::text {
 namespace {

@@ -3,9 +3,8 @@
 
 #include <array>
 
-#include "code_points.h"
+#include "code_table.h"
 #include "core/byte_block.h"
-#include "library_tables.h"
 #include "made_once.h"
 #include "stage.h"
 

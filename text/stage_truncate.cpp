@@ -47,36 +47,29 @@ class TruncateStage : public Stage {
   // ideographs.
   void cut(std::string_view line) {
     std::string standIn;
-    for (std::size_t at = 0; standIn.size() <= limit_;) {
-      const auto b = static_cast<Byte>(line[at]);
-      if (isAscii(b)) {
-        const bool isWord = (b >= '0' && b <= '9') || ((b | 0x20) >= 'a' && (b | 0x20) <= 'z');
-        standIn += isWord || b == '.' ? static_cast<char>(b) : '-';
-      } else if (isFourBytesDigit(static_cast<Byte>(line[at + 1]))) {
-        standIn += "\xB0\xA1\xB0\xA1";
-      } else {
-        standIn += "\xB0\xA1";
-      }
-      at = standIn.size();
+    while (standIn.size() <= limit_) {
+      const char c = line[standIn.size()];
+      const std::size_t size = sizeAt(line, standIn.size());
+      const bool isItself = isLetter(c) || isDigit(c) || c == '.';
+      standIn += size != 1  ? std::string_view("\xB0\xA1\xB0\xA1", size)
+                 : isItself ? std::string_view(&c, 1)
+                            : "-";
     }
     std::string result(limit_ + 1, '\0');
     const int written = sbc2dbc(standIn.data(), static_cast<int>(standIn.size()), result.data(),
                                 static_cast<int>(result.size()), false);
     const std::size_t dots = std::min<std::size_t>(3, limit_);
-    out.append(line.substr(0, wholeCharacters(line, static_cast<std::size_t>(written) - dots)));
+    // Four bytes are not to be cut into two.
+    std::size_t kept = 0;
+    while (kept + sizeAt(line, kept) <= static_cast<std::size_t>(written) - dots)
+      kept += sizeAt(line, kept);
+    out.append(line.substr(0, kept));
     out.append(std::string_view("...", dots));
   }
 
-  // Four bytes are not to be cut into two.
-  static std::size_t wholeCharacters(std::string_view line, std::size_t size) {
-    std::size_t at = 0;
-    for (;;) {
-      const std::size_t length = isAscii(static_cast<Byte>(line[at]))                ? 1
-                                 : isFourBytesDigit(static_cast<Byte>(line[at + 1])) ? 4
-                                                                                     : 2;
-      if (at + length > size) return at;
-      at += length;
-    }
+  static std::size_t sizeAt(std::string_view line, std::size_t at) {
+    if (isAscii(static_cast<Byte>(line[at]))) return 1;
+    return isFourBytesDigit(static_cast<Byte>(line[at + 1])) ? 4 : 2;
   }
 
   const std::size_t limit_;
