@@ -13,14 +13,6 @@ constexpr std::size_t kBlock = 1 << 16;
 // More than any character, or reference in UTF-16, goes on.
 constexpr std::size_t kEnoughToGoOn = 2 * kLongestReference + 6;
 
-// The offset after the last line feed, 0 when there is none.
-std::size_t afterLastLineFeed(std::string_view text, bool inUnits) {
-  if (!inUnits) return text.rfind('\n') + 1;
-  std::size_t end = text.size();
-  while (end != 0 && (text[end - 2] != '\n' || text[end - 1] != '\0')) end -= 2;
-  return end;
-}
-
 std::string escaped(const std::string& text) {
   std::string result;
   for (const char c : text) {
@@ -101,19 +93,17 @@ void Converter::setSource(Source source) {
 
 void Converter::setForm() {
   decoder_->setOutput(codeTable(key(codesOf(source_))), hasMiddle() ? middle_ : out_);
-  if (options_.replace) setReplacement(key(Codes::unicode));
-}
-
-void Converter::setReplacement(const TableKey& key) {
+  if (!options_.replace) return;
   const std::string text = options_.html ? escaped(*options_.replace) : *options_.replace;
-  replacement_.clear();
   Account account;
   const auto decoder = makeUtf8Decoder({account});
-  decoder->setOutput(codeTable(key), replacement_);
+  replacement_.clear();
+  decoder->setOutput(codeTable(key(Codes::unicode)), replacement_);
   decoder->take(text, true);
   if (account.lost() != 0 || text.find('\n') != std::string::npos) {
     throw Failure{SGBK_USAGE, std::string("replace: not a line of UTF-8 that ") +
-                                  nameOf(key.target) + " can hold: '" + *options_.replace + "'"};
+                                  nameOf(options_.target) + " can hold: '" + *options_.replace +
+                                  "'"};
   }
 }
 
@@ -137,8 +127,8 @@ void Converter::convert(std::string_view in, bool last) {
 }
 
 std::string_view Converter::output() const {
-  const bool isUnits = options_.target == Target::utf16le;
-  return isHeldBefore() ? out_.view() : wholeLines(out_.view(), isUnits, isWhole_);
+  const std::string_view lineFeed("\n\0", options_.target == Target::utf16le ? 2 : 1);
+  return isHeldBefore() ? out_.view() : wholeLines(out_.view(), lineFeed, isWhole_);
 }
 
 void Converter::find(std::string_view in, bool last) {
@@ -208,17 +198,19 @@ void Converter::takeThroughStages(bool last) {
     in->removePrefix(stage->apply(in->view(), last));
     in = &stage->out;
   }
-  const std::string_view text = isHeldBefore() ? wholeLines(in->view(), false, last) : in->view();
+  const std::string_view text = isHeldBefore() ? wholeLines(in->view(), "\n", last) : in->view();
   encoder_->take(text, true);
   in->removePrefix(text.size());
 }
 
 // What of the text goes on: under strict only whole lines, unless one is too long to hold. At a
 // loss nothing of its line does.
-std::string_view Converter::wholeLines(std::string_view text, bool inUnits, bool last) const {
+std::string_view Converter::wholeLines(std::string_view text, std::string_view lineFeed,
+                                       bool last) const {
   if (!options_.strict || (last && !isStopped())) return text;
-  const std::size_t lines = afterLastLineFeed(text, inUnits);
-  return isStopped() || text.size() - lines < kMostHeld ? text.substr(0, lines) : text;
+  std::string_view lines = text;
+  while (!lines.empty() && !lines.ends_with(lineFeed)) lines.remove_suffix(lineFeed.size());
+  return isStopped() || text.size() - lines.size() < kMostHeld ? lines : text;
 }
 
 }  // namespace sgbk::text

@@ -35,7 +35,6 @@ class Converter {
   void start();
   void setSource(Source source);
   void setForm();
-  void setReplacement(const TableKey& key);
   TableKey key(Codes codes) const;
   bool hasMiddle() const { return undeclared_ != 0 || !stages_.empty() || isHeldBefore(); }
   // Whether strict holds lines before they are encoded: in gbk-wide a line feed is written as other
@@ -49,7 +48,7 @@ class Converter {
   void endDeclaring(bool last);
   void decode(std::string_view in, bool last);
   void takeThroughStages(bool last);
-  std::string_view wholeLines(std::string_view text, bool inUnits, bool last) const;
+  std::string_view wholeLines(std::string_view text, std::string_view lineFeed, bool last) const;
 
   const Source asked_;
   Options options_;

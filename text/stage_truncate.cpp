@@ -13,36 +13,26 @@ class TruncateStage : public Stage {
 
   std::size_t apply(std::string_view text, bool ended) override {
     std::size_t used = 0;
-    while (used != text.size() && takeLine(text, used, ended)) scanned_ = used;
+    while (used != text.size()) {
+      const std::size_t lineFeed = text.find('\n', std::max(used, scanned_));
+      const bool isWhole = lineFeed != std::string_view::npos || ended;
+      const std::size_t end = std::min(lineFeed, text.size());
+      // A carriage return before the line feed belongs to the line end.
+      const std::size_t bodyEnd = end - (end != used && text[end - 1] == '\r');
+      if (!isWhole && !isCut_ && end - used < limit_ + 2) break;
+      const std::string_view body = text.substr(used, bodyEnd - used);
+      if (!isCut_) body.size() <= limit_ ? out.append(body) : cut(body);
+      isCut_ = !isWhole;
+      used = bodyEnd;
+      if (!isWhole) break;
+      out.append(text.substr(bodyEnd, end + 1 - bodyEnd));
+      used = std::min(end + 1, text.size());
+    }
     scanned_ = text.size() - used;
     return used;
   }
 
  private:
-  // Takes a line from `used` on, or as much of it as has a say. False when more has to be seen.
-  bool takeLine(std::string_view text, std::size_t& used, bool ended) {
-    const std::size_t lineFeed = text.find('\n', std::max(used, scanned_));
-    const bool isWhole = lineFeed != std::string_view::npos || ended;
-    const std::string_view line = text.substr(used, std::min(lineFeed, text.size()) - used);
-    // A carriage return before the line feed belongs to the line end.
-    const bool mayHaveReturn = line.ends_with('\r');
-    const std::string_view body = line.substr(0, line.size() - mayHaveReturn);
-    if (!isWhole && !isCut_ && line.size() < limit_ + 2) return false;
-    if (body.size() <= limit_ && !isCut_) {
-      out.append(body);
-    } else if (!isCut_) {
-      cut(body);
-    }
-    isCut_ = !isWhole;
-    used += isWhole ? line.size() : body.size();
-    if (!isWhole) return false;
-    if (mayHaveReturn) out.append('\r');
-    if (used == text.size()) return true;
-    out.append('\n');
-    ++used;
-    return true;
-  }
-
   // The library cuts text that is written in its own classes: words, dots, all other ASCII, and
   // ideographs.
   void cut(std::string_view line) {
