@@ -25,7 +25,6 @@ class Buffer {
     std::memcpy(room(text.size()), text.data(), text.size());
     size_ += text.size();
   }
-  void append(char c) { append(std::string_view(&c, 1)); }
 
   void clear() { size_ = 0; }
   void removePrefix(std::size_t size) {

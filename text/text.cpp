@@ -9,10 +9,9 @@
 
 using namespace sgbk::text;
 
-struct sgbk_converter {
-  sgbk_converter(Source source, Target target) : converter(source, target) {}
+struct sgbk_converter : Converter {
+  using Converter::Converter;
 
-  Converter converter;
   std::string error;
 };
 
@@ -68,33 +67,33 @@ sgbk_converter* sgbk_open(const char* from, const char* to) {
 }
 
 sgbk_result sgbk_set(sgbk_converter* c, const char* option, const char* value) {
-  return attempt(c, [&] { c->converter.set(option, value); });
+  return attempt(c, [&] { c->set(option, value); });
 }
 
 sgbk_result sgbk_convert(sgbk_converter* c, const void* in, size_t size, int last, const char** out,
                          size_t* out_size) {
   const sgbk_result result = attempt(c, [&] {
-    c->converter.convert({static_cast<const char*>(in), size}, last != 0);
+    c->convert({static_cast<const char*>(in), size}, last != 0);
   });
-  const std::string_view text = c->converter.output();
+  const std::string_view text = c->output();
   *out = text.empty() ? "" : text.data();
   *out_size = text.size();
   return result;
 }
 
 const sgbk_loss* sgbk_losses(const sgbk_converter* c, size_t* count) {
-  const auto& losses = c->converter.account().losses;
+  const auto& losses = c->account().losses;
   *count = losses.size();
   return losses.data();
 }
 
-const sgbk_counts* sgbk_count(const sgbk_converter* c) { return &c->converter.account().counts; }
-uint64_t sgbk_lost(const sgbk_converter* c) { return c->converter.account().lost(); }
-const char* sgbk_source(const sgbk_converter* c) { return nameOf(c->converter.source()); }
+const sgbk_counts* sgbk_count(const sgbk_converter* c) { return &c->account().counts; }
+uint64_t sgbk_lost(const sgbk_converter* c) { return c->account().lost(); }
+const char* sgbk_source(const sgbk_converter* c) { return nameOf(c->source()); }
 const char* sgbk_error(const sgbk_converter* c) { return c->error.c_str(); }
 
 void sgbk_reset(sgbk_converter* c) {
-  c->converter.reset();
+  c->reset();
   c->error.clear();
 }
 
