@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Every call that touches a file fails once, and the command is killed after each of them."""
+"""Every call that touches a file fails once, is interrupted, and the command is killed after it."""
 
 import errno
 import os
@@ -87,51 +87,39 @@ class Faults(Test):
             self.assertTrue(message or status < 0)
         return old
 
-    def sweep(self, check):
+    def test_every_call(self):
         for mode in MODES:
             calls = self.calls(mode)
+            self.assertGreater(len(calls), 25)
             after = tree()
             self.begin(mode)
             before = tree()
-            self.assertGreater(len(calls), 25)
-            check(mode, calls, before, after)
 
-    def test_killed_at_any_moment(self):
-        def check(mode, calls, before, after):
-            for at in range(1, len(calls) + 1):
+            def struck(fault):
+                """How it ends, and the files that are old then."""
+                done = self.strike(mode, fault)
+                return done[0], self.check(mode, before, after, done)
+
+            self.assertEqual(struck("short"), (0, []))
+            for at, call in enumerate(calls, 1):
                 for number in [signal.SIGKILL, CAUGHT[at % len(CAUGHT)]]:
-                    with self.subTest(mode=mode, at=at, call=calls[at - 1], signal=number):
-                        done = self.strike(mode, f"{at}:{number}:0")
-                        self.check(mode, before, after, done)
-                        self.assertEqual(done[0], -number)
-        self.sweep(check)
-
-    def test_calls_that_fail(self):
-        def check(mode, calls, before, after):
-            for error, (goes_on, pattern) in TO_FAIL.items():
-                for at, call in enumerate(calls, 1):
+                    with self.subTest(mode=mode, at=at, call=call, signal=number):
+                        self.assertEqual(struck(f"{at}:{number}:0")[0], -number)
+                for error, (goes_on, pattern) in TO_FAIL.items():
                     if not re.fullmatch(pattern, call):
                         continue
                     with self.subTest(mode=mode, at=at, call=call, error=error):
-                        done = self.strike(mode, f"{at}:0:{error}:{goes_on}")
-                        old = self.check(mode, before, after, done)
+                        status, old = struck(f"{at}:0:{error}:{goes_on}")
                         if call not in CALLS_TO_DO_WITHOUT:
-                            self.assertEqual(done[0], 3)
+                            self.assertEqual(status, 3)
                         # What fails once spoils one file, unless it is the first call, for the
                         # report, or many wait for it.
                         if not goes_on and at != 1 and mode != "many":
                             spoilt = [name for name in old if not name.endswith(".bak")]
                             self.assertLessEqual(len(spoilt), 1)
-        self.sweep(check)
 
     def test_many_are_brought_to_the_disk_at_once(self):
         self.assertLess(sum("sync" in call for call in self.calls("many")), 7)
-
-    def test_interrupted_at_any_call(self):
-        def check(mode, calls, before, after):
-            done = self.strike(mode, "short")
-            self.assertEqual((done[0], self.check(mode, before, after, done)), (0, []))
-        self.sweep(check)
 
     def test_file_that_somebody_else_makes_meanwhile(self):
         for mode, call, name in [("kept", "link", "a.bak"), ("tree", "renameat2", "out/tree/a")]:

@@ -17,8 +17,7 @@ Words names(const sgbk_encoding* (*table)(size_t*)) {
   size_t count;
   const sgbk_encoding* const rows = table(&count);
   Words result;
-  std::transform(rows, rows + count, std::back_inserter(result),
-                 [](const auto& row) { return row.name; });
+  for (std::size_t i = 0; i < count; ++i) result.push_back(rows[i].name);
   return result;
 }
 
