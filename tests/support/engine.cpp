@@ -131,6 +131,12 @@ std::string byLibrary(const std::string& operation, const std::string& text, int
   return result.substr(0, static_cast<std::size_t>(size * wanted.elementSize()));
 }
 
+sgbk_result feed(sgbk_converter* c, std::string_view text, bool isLast) {
+  const char* out;
+  std::size_t size;
+  return sgbk_convert(c, text.data(), text.size(), isLast, &out, &size);
+}
+
 Converted convert(sgbk_converter* c, std::string_view text, const Pieces& pieces) {
   constexpr std::size_t kMost = 1 << 20;
   static thread_local const GuardedBuffer buffer(kMost);
@@ -209,10 +215,7 @@ std::string disagreement(const std::string& setup, const std::string& text, cons
   };
   // By a converter that was reset in the middle or at the end of something else.
   const Handle c = open(setup + " losses");
-  const char* out;
-  std::size_t size;
-  const std::string_view behind = std::string_view(text).substr(text.size() / 2);
-  sgbk_convert(c.get(), behind.data(), behind.size(), text.size() % 2, &out, &size);
+  feed(c.get(), std::string_view(text).substr(text.size() / 2), text.size() % 2 != 0);
   sgbk_reset(c.get());
   const std::string cut = described(convert(c.get(), text, pieces));
   if (cut != described(whole)) return told("cut up, it gives something else") + cut;

@@ -36,6 +36,9 @@ struct Converted {
 std::string described(const Converted& converted);
 std::string described(const std::vector<sgbk_loss>& losses);
 
+// One call, for what it leaves in the converter.
+sgbk_result feed(sgbk_converter* c, std::string_view text, bool isLast = false);
+
 // Converts pieces of these sizes, over and over; none for the whole at once. Each piece ends at a
 // protected page.
 using Pieces = std::vector<std::size_t>;

@@ -32,19 +32,14 @@ bool convertWithFailures(const char* from, long allocations) {
   for (const auto& [option, value] : kOptions) {
     if (result == SGBK_OK) result = sgbk_set(c.get(), option, value);
   }
-  const char* out;
-  std::size_t size;
-  const auto all = [&] {
-    return sgbk_convert(c.get(), kText.data(), kText.size(), 1, &out, &size);
-  };
-  if (result == SGBK_OK) result = all();
+  if (result == SGBK_OK) result = feed(c.get(), kText, true);
   allocationsLeft = -1;
   if (result == SGBK_OK || c == nullptr) return result == SGBK_OK;
   EXPECT_EQ(result, SGBK_NO_MEMORY);
   EXPECT_STRNE(sgbk_error(c.get()), "");
   // With memory again, the same converter is as good as new.
   sgbk_reset(c.get());
-  EXPECT_EQ(all(), SGBK_OK);
+  EXPECT_EQ(feed(c.get(), kText, true), SGBK_OK);
   return false;
 }
 
@@ -68,10 +63,8 @@ TEST(Interface, NeedsNoMoreMemoryForMoreText) {
     const std::string text = piece + (*setup == 'u' ? "" : "\n");
     const Handle c = open(setup);
     for (int i = 0; i < 3000; ++i) {
-      const char* out;
-      std::size_t size;
       if (i == 100) allocationsLeft = 1;
-      EXPECT_EQ(sgbk_convert(c.get(), text.data(), text.size(), 0, &out, &size), SGBK_OK);
+      EXPECT_EQ(feed(c.get(), text), SGBK_OK);
     }
     allocationsLeft = -1;
   }
@@ -146,12 +139,10 @@ TEST(Interface, SaysWhatIsWrong) {
        "replace: not a line of UTF-8 that gbk can hold: '\xF0\x9F\x98\x80'"},
       {"gbk gbk", "replace", "a\n", "replace: not a line of UTF-8 that gbk can hold: 'a\n'"},
   };
-  const char* out;
-  std::size_t size;
   for (const auto& row : kRows) {
     const Handle c = open(row.setup);
     sgbk_result result = sgbk_set(c.get(), row.option, row.value);
-    if (result == SGBK_OK) result = sgbk_convert(c.get(), nullptr, 0, 0, &out, &size);
+    if (result == SGBK_OK) result = feed(c.get(), {});
     EXPECT_EQ(result, SGBK_USAGE) << row.error;
     EXPECT_STREQ(sgbk_error(c.get()), row.error);
   }
