@@ -5,7 +5,6 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <set>
 #include <sgbk/text.hpp>
 #include <sstream>
@@ -291,8 +290,8 @@ class Run {
   // thousands of small ones together, as that takes no longer than one.
   void place(std::unique_ptr<Output> output, const std::string& backup) {
     constexpr int kOneByOne = 3;
-    constexpr off_t kSmall = 1 << 18;
-    constexpr std::size_t kMost = 1024;
+    constexpr off_t kSmall = 1 << 20;
+    constexpr std::size_t kMost = 256;
     if (output->isDirect() || !output->old()) return output->putInPlace();
     struct stat file;
     if (fstat(output->fd(), &file) != 0) output->fail("write error");
