@@ -1,5 +1,7 @@
 // GBK text to arrays of gchar_t.
 
+#include <array>
+
 #include "core/ascii_overlay.h"
 #include "core/byte_block.h"
 #include "core/undefined_codes.h"
@@ -58,6 +60,39 @@ int fillArray(const char* src, gchar_t* dest, int destlen, Ascii ascii, Pair pai
   return static_cast<int>(out - dest);
 }
 
+// The codes of which something holds, as the range of them in each row. Symbols stand among
+// ideographs where no processor can predict, so what ends in a jump has to be rare.
+class RareCodes {
+ public:
+  template <class Test>
+  constexpr explicit RareCodes(Test isOne) {
+    for (unsigned lead = 0xA1; lead <= 0xFE; ++lead) {
+      for (unsigned trail = 0x40; trail <= 0xFE; ++trail) {
+        const auto code = static_cast<gchar_t>(lead | trail << 8);
+        if (!isOne(code)) continue;
+        Range& range = ranges_[lead];
+        if (range.first == 0) range.first = code;
+        range.span = static_cast<gchar_t>(code - range.first);
+      }
+    }
+  }
+  // False for most others.
+  bool mayHave(gchar_t code) const {
+    const Range range = ranges_[sgbk::leadOf(code)];
+    return static_cast<gchar_t>(code - range.first) <= range.span;
+  }
+
+ private:
+  struct Range {
+    gchar_t first = 0;
+    gchar_t span = 0;
+  };
+  std::array<Range, 256> ranges_{};
+};
+
+constexpr RareCodes kUndefined(isGBKUndefinedChar);
+constexpr RareCodes kCapitals([](gchar_t code) { return toLowerCase(code) != code; });
+
 // Case is folded after the mapping. For single bytes the results are known in advance.
 constexpr sgbk::AsciiRow kFoldedAscii =
     sgbk::asciiRow([](Byte c) { return toLowerCase(sgbk::widenedAscii(c)); });
@@ -67,7 +102,10 @@ int fillArray(const char* src, gchar_t* dest, int destlen, bool ifcase, Pair pai
   if (ifcase) {
     return fillArray<dropped>(
         src, dest, destlen, [](Byte c) { return kFoldedAscii[c]; },
-        [pair](gchar_t code) { return toLowerCase(pair(code)); });
+        [pair](gchar_t code) {
+          const gchar_t unit = pair(code);
+          return kCapitals.mayHave(unit) ? toLowerCase(unit) : unit;
+        });
   }
   return fillArray<dropped>(
       src, dest, destlen, [](Byte c) { return sgbk::kAsciiOverlay[c]; }, pair);
@@ -89,6 +127,6 @@ int EncodingConvertor::t2sgchar_cache(const char* src, gchar_t* dest, int destle
 
 int EncodingConvertor::dbc2gchar(const char* src, gchar_t* dest, int destlen, bool ifcase) {
   return fillArray<Dropped::nothing>(src, dest, destlen, ifcase, [](gchar_t code) {
-    return isGBKUndefinedChar(code) ? CHINESE_SPACE_CHAR : code;
+    return kUndefined.mayHave(code) && isGBKUndefinedChar(code) ? CHINESE_SPACE_CHAR : code;
   });
 }
