@@ -78,6 +78,8 @@ TEST(Strict, KeepsWholeLinesAlsoBehindOneTooLongToHold) {
     EXPECT_TRUE(converted.text == textOf("big5 gbk", lines)) << pieces.size();
     EXPECT_EQ(converted.error, "line 4, byte 300010: FF is malformed");
   }
+  const std::string lossy = "c\n" + std::string(300000, 'a') + "\xFF\n";
+  EXPECT_EQ(convert("big5 gbk strict", lossy, {}).text, "c\n");
 }
 
 TEST(Auto, TakesTheInputForWhatDetectSaysOfAllThatCame) {
