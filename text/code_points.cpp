@@ -12,7 +12,7 @@ namespace {
 // Characters of two-byte codes that had private code points in the first edition of GB18030, which
 // numbers the four-byte codes.
 struct MovedCharacter {
-  CodePoint now;
+  CodePoint now;  // in this order
   CodePoint before;
 };
 constexpr MovedCharacter kMoved[] = {
@@ -76,10 +76,8 @@ struct Big5 {
 }  // namespace
 
 CodePoint privatePointOf(CodePoint c) {
-  if (c > std::rbegin(kMoved)->now) return kNoCodePoint;
-  const auto* const moved = std::find_if(std::begin(kMoved), std::end(kMoved),
-                                         [c](const MovedCharacter& m) { return m.now == c; });
-  return moved == std::end(kMoved) ? kNoCodePoint : moved->before;
+  const auto* const moved = std::ranges::lower_bound(kMoved, c, {}, &MovedCharacter::now);
+  return moved != std::end(kMoved) && moved->now == c ? moved->before : kNoCodePoint;
 }
 
 Sequence utf8Of(CodePoint c) {

@@ -88,8 +88,11 @@ CodeTable::CodeTable(const TableKey& tableKey) : key(tableKey) {
 }
 
 Entry CodeTable::entryOf(CodePoint c) const {
-  if (c >= 0x10000 && privatePointOf(c) == kNoCodePoint) return ofCodePoint(*this, c);
-  return entries[c < 0x10000 ? c : privatePointOf(c)];
+  if (c < 0x10000) return entries[c];
+  if (const CodePoint before = privatePointOf(c)) return entries[before];
+  const bool isGbk = key.target == Target::gbk || key.target == Target::gbkWide;
+  const bool isLacking = isGbk || (key.target == Target::big5 && big5Of(c).size == 0);
+  return rareEntry(isLacking ? Rare::lacking : Rare::beyond, c);
 }
 
 Sequence CodeTable::encode(CodePoint c) const {
