@@ -9,9 +9,6 @@ namespace {
 // The kinds of the longest code points that fit beside them.
 static_assert(rareEntry(Rare::nothing, 0x10FFFF) < 1u << 24);
 
-constexpr std::pair<CodePoint, const char*> kReplaced[] = {
-    {0xA9, "copy"}, {0xBC, "frac14"}, {0xBD, "frac12"}, {0x2122, "trade"}};
-
 // A unit below 80 is one ASCII byte.
 Entry entryFor(gchar_t unit) { return (unit < 0x80 ? 1u : 2u) << 24 | unit; }
 
@@ -81,9 +78,10 @@ Entry entryAt(const CodeTable& table, gchar_t index) {
 CodeTable::CodeTable(const TableKey& tableKey) : key(tableKey) {
   for (unsigned i = 0; i < entries.size(); ++i)
     entries[i] = entryAt(*this, static_cast<gchar_t>(i));
-  for (const auto& [c, entity] : kReplaced) {
-    const bool isLacking = key.codes == Codes::unicode && entries[c] == rareEntry(Rare::lacking, c);
-    if (isLacking) entries[c] = rareEntry(Rare::replaced, c);
+  for (std::size_t i = 0; key.codes == Codes::unicode && i < library.replacements.size(); ++i) {
+    const CodePoint c = library.replacements[i].c;
+    if (entries[c] == rareEntry(Rare::lacking, c))
+      entries[c] = rareEntry(Rare::replaced, static_cast<CodePoint>(i));
   }
 }
 
@@ -106,14 +104,6 @@ Sequence CodeTable::encode(CodePoint c) const {
     case Target::utf16le: bytes = utf16leOf(c); break;
   }
   return key.form == Form::middle && bytes.size != 0 ? fourBytesOf(c) : bytes;
-}
-
-std::string replacementFor(CodePoint c) {
-  for (const auto& [replaced, entity] : kReplaced) {
-    char ascii[4];
-    if (c == replaced) return {ascii, static_cast<std::size_t>(deEscHtml(entity, ascii))};
-  }
-  return {};
 }
 
 const CodeTable& codeTable(const TableKey& key) { return madeOnce<CodeTable>(key); }

@@ -36,6 +36,17 @@ struct LibraryTables {
   // False when the loaded table is not the one that toTraditionalBig5 is a variant of.
   bool hasTraditional = true;
 
+  // ASCII for some characters where the target lacks them: what stands for their entities.
+  struct Replacement {
+    CodePoint c;
+    const char* entity;
+    char ascii[4] = {};
+
+    std::string_view view() const { return ascii; }
+  };
+  std::array<Replacement, 4> replacements{
+      {{0xA9, "copy"}, {0xBC, "frac14"}, {0xBD, "frac12"}, {0x2122, "trade"}}};
+
   LibraryTables();
 };
 
@@ -50,7 +61,7 @@ constexpr bool isGbkCharacter(gchar_t unit) {
 }
 
 // An entry holds up to three bytes, the first lowest, and their number above. Where it holds none,
-// there is a kind and a code point instead.
+// there is a kind instead, with a code point or the place of a replacement.
 using Entry = std::uint32_t;
 
 enum class Rare : unsigned {
@@ -81,10 +92,6 @@ struct CodeTable {
   // The character in the output's bytes; none when that is lacking.
   Sequence encode(CodePoint c) const;
 };
-
-// The ASCII that stands for a character that is `replaced`, as the library has it for the
-// character's entity.
-std::string replacementFor(CodePoint c);
 
 // Made once for each key and kept for the process. Throws std::bad_alloc.
 const CodeTable& codeTable(const TableKey& key);

@@ -47,8 +47,10 @@ void Converter::set(const char* option, const char* value) {
 
 void Converter::reset() {
   isEnded_ = isStarted_ = isWhole_ = false;
+  given_ = 0;
   account_ = Account();
-  for (Buffer* buffer : {&out_, &unfound_, &carried_, &middle_}) buffer->clear();
+  for (Buffer* buffer : {&out_, &unfound_, &carried_, &middle_, &staged_[0], &staged_[1]})
+    buffer->clear();
   source_ = asked_;
   stages_.clear();
 }
@@ -108,7 +110,8 @@ void Converter::setForm() {
 }
 
 void Converter::convert(std::string_view in, bool last) {
-  out_.removePrefix(isEnded_ ? out_.size() : output().size());
+  out_.removePrefix(isEnded_ ? out_.size() : given_);
+  given_ = 0;
   account_.losses.clear();
   if (isEnded_) throw Failure{SGBK_USAGE, "the input has ended: reset comes first"};
   isEnded_ = true;  // should anything be thrown
@@ -126,9 +129,12 @@ void Converter::convert(std::string_view in, bool last) {
   isEnded_ = isWhole_ = last;
 }
 
-std::string_view Converter::output() const {
-  const std::string_view lineFeed("\n\0", options_.target == Target::utf16le ? 2 : 1);
-  return isHeldBefore() ? out_.view() : wholeLines(out_.view(), lineFeed, isWhole_);
+std::string_view Converter::output() {
+  const bool isUnits = options_.target == Target::utf16le;
+  const std::string_view text = out_.view();
+  const std::string_view result = isHeldBefore() ? text : wholeLines(text, isUnits, isWhole_);
+  given_ = result.size();
+  return result;
 }
 
 void Converter::find(std::string_view in, bool last) {
@@ -194,23 +200,22 @@ void Converter::decode(std::string_view in, bool last) {
 // What a stage does not use yet stays in its buffer.
 void Converter::takeThroughStages(bool last) {
   Buffer* in = &middle_;
-  for (const auto& stage : stages_) {
-    in->removePrefix(stage->apply(in->view(), last));
-    in = &stage->out;
+  for (std::size_t i = 0; i < stages_.size(); ++i) {
+    in->removePrefix(stages_[i]->apply(in->view(), last, staged_[i]));
+    in = &staged_[i];
   }
-  const std::string_view text = isHeldBefore() ? wholeLines(in->view(), "\n", last) : in->view();
+  const std::string_view text = isHeldBefore() ? wholeLines(in->view(), false, last) : in->view();
   encoder_->take(text, true);
   in->removePrefix(text.size());
 }
 
 // What of the text goes on: under strict only whole lines, unless one is too long to hold. At a
 // loss nothing of its line does.
-std::string_view Converter::wholeLines(std::string_view text, std::string_view lineFeed,
-                                       bool last) const {
+std::string_view Converter::wholeLines(std::string_view text, bool inUnits, bool last) const {
   if (!options_.strict || (last && !isStopped())) return text;
-  std::string_view lines = text;
-  while (!lines.empty() && !lines.ends_with(lineFeed)) lines.remove_suffix(lineFeed.size());
-  return isStopped() || text.size() - lines.size() < kMostHeld ? lines : text;
+  std::size_t lines = inUnits ? text.size() : text.rfind('\n') + 1;
+  while (inUnits && lines != 0 && (text[lines - 2] != '\n' || text[lines - 1] != '\0')) lines -= 2;
+  return isStopped() || text.size() - lines < kMostHeld ? text.substr(0, lines) : text;
 }
 
 }  // namespace sgbk::text

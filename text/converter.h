@@ -23,11 +23,11 @@ class Converter {
 
   // Throws Failure, or std::bad_alloc.
   void set(const char* option, const char* value);
-  // output() has what becomes of it until the next call, also after Failure.
   void convert(std::string_view in, bool last);
+  // What has become of it, also after Failure; the next piece takes its place.
+  std::string_view output();
   void reset();
 
-  std::string_view output() const;
   const Account& account() const { return account_; }
   Source source() const { return source_; }
 
@@ -48,7 +48,7 @@ class Converter {
   void endDeclaring(bool last);
   void decode(std::string_view in, bool last);
   void takeThroughStages(bool last);
-  std::string_view wholeLines(std::string_view text, std::string_view lineFeed, bool last) const;
+  std::string_view wholeLines(std::string_view text, bool inUnits, bool last) const;
 
   const Source asked_;
   Options options_;
@@ -56,7 +56,8 @@ class Converter {
   bool isEnded_ = false;
   bool isWhole_ = false;  // ended without a failure
   Account account_;
-  Buffer out_;  // under strict with the beginning of a line, which stays
+  Buffer out_;             // under strict with the beginning of a line, which stays
+  std::size_t given_ = 0;  // of it by output()
 
   // Finding the encoding.
   Source source_;
@@ -73,6 +74,7 @@ class Converter {
 
   // From the middle of the way to its end.
   Buffer middle_;
+  Buffer staged_[2];
   std::vector<std::unique_ptr<Stage>> stages_;
   std::unique_ptr<Decoder> encoder_;
   Account unheeded_;  // of what is decoded a second time

@@ -53,7 +53,9 @@ void Decoder::put(Entry entry, const Byte* p, std::size_t size, CodePoint c) {
     case Rare::markup: return putEscaped(static_cast<char>(codePointOf(entry)));
     case Rare::replaced:
       account_.add(SGBK_REPLACED, p, size, c);
-      for (const char ascii : replacementFor(codePointOf(entry))) putEscaped(ascii);
+      for (const char part : table_->library.replacements[codePointOf(entry)].view()) {
+        putEscaped(part);
+      }
       return;
     case Rare::nothing: return;
   }

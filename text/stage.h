@@ -14,12 +14,10 @@ class Stage {
  public:
   virtual ~Stage() = default;
 
-  // Appends to `out` what becomes of `text`: whole characters, ASCII in one byte, GBK in two,
+  // Appends what becomes of `text`: whole characters, ASCII in one byte, GBK in two,
   // others in four. ended    nothing follows Returns  the bytes used; what depends on text still to
   // come is not, and comes again with it
-  virtual std::size_t apply(std::string_view text, bool ended) = 0;
-
-  Buffer out;
+  virtual std::size_t apply(std::string_view text, bool ended, Buffer& out) = 0;
 };
 
 // Blanks, decoration and long runs of punctuation are thinned, as by trimgPunc on each line

@@ -96,7 +96,7 @@ constexpr auto kSteps = [] {
 
 class TrimStage : public Stage {
  public:
-  std::size_t apply(std::string_view text, bool ended) override {
+  std::size_t apply(std::string_view text, bool ended, Buffer& out) override {
     begin_ = out.room(text.size() + pending_.size());
     to_ = begin_ + pending_.view().copy(begin_, pending_.size());
     pending_.clear();

@@ -11,7 +11,7 @@ class TruncateStage : public Stage {
  public:
   explicit TruncateStage(std::size_t limit) : limit_(limit) {}
 
-  std::size_t apply(std::string_view text, bool ended) override {
+  std::size_t apply(std::string_view text, bool ended, Buffer& out) override {
     std::size_t used = 0;
     while (used != text.size()) {
       const std::size_t lineFeed = text.find('\n', std::max(used, scanned_));
@@ -21,7 +21,7 @@ class TruncateStage : public Stage {
       const std::size_t bodyEnd = end - (end != used && text[end - 1] == '\r');
       if (!isWhole && !isCut_ && end - used < limit_ + 2) break;
       const std::string_view body = text.substr(used, bodyEnd - used);
-      if (!isCut_) body.size() <= limit_ ? out.append(body) : cut(body);
+      if (!isCut_) body.size() <= limit_ ? out.append(body) : cut(body, out);
       isCut_ = !isWhole;
       used = bodyEnd;
       if (!isWhole) break;
@@ -35,7 +35,7 @@ class TruncateStage : public Stage {
  private:
   // The library cuts text that is written in its own classes: words, dots, all other ASCII, and
   // ideographs.
-  void cut(std::string_view line) {
+  void cut(std::string_view line, Buffer& out) const {
     std::string standIn;
     while (standIn.size() <= limit_) {
       const char c = line[standIn.size()];
