@@ -25,16 +25,9 @@ class HzDecoder : public ByteDecoder<HzDecoder> {
       isGbMode_ = true;
       p += 2;
     }
-    const Byte* const begin = p;
-    char* to = out;
-    for (; end - p >= 2 && *p != '~' && isGbByte(p[0]) && isGbByte(p[1]); p += 2) {
-      const Entry entry = entries_[loadUnit(p) | 0x8080];
-      if (isRare(entry)) break;
-      std::memcpy(to, &entry, sizeof entry);
-      to += sizeOf(entry);
-    }
-    out = to;
-    account_.addCharacters((p - begin) / 2);
+    p = takeEntries<2>(p, end, out, [](const Byte* at) {
+      return at[0] != '~' && isGbByte(at[0]) && isGbByte(at[1]) ? loadUnit(at) | 0x8080 : kNone;
+    });
     if (!isPair(p, end, '~', '}')) return p;
     isGbMode_ = false;
     return p + 2;
@@ -48,16 +41,16 @@ class HzDecoder : public ByteDecoder<HzDecoder> {
       account_.addCharacters(1);
       return 1;
     }
-    if (!isGbMode_ || !isGbByte(*p)) return malformed(p, 1);
-    if (left < 2) return ended ? malformed(p, 1) : 0;
-    if (!isGbByte(p[1])) return malformed(p, 1);
+    if (!isGbMode_ || !isGbByte(*p)) return putMalformed(p, 1);
+    if (left < 2) return ended ? putMalformed(p, 1) : 0;
+    if (!isGbByte(p[1])) return putMalformed(p, 1);
     put(entries_[loadUnit(p) | 0x8080], p, 2);
     return 2;
   }
 
  private:
   std::size_t takeEscape(const Byte* p, std::size_t left, bool ended) {
-    if (left < 2) return ended ? malformed(p, 1) : 0;
+    if (left < 2) return ended ? putMalformed(p, 1) : 0;
     if (!isGbMode_ && p[1] == '~') {
       putAscii('~');
       account_.addCharacters(1);
@@ -65,12 +58,7 @@ class HzDecoder : public ByteDecoder<HzDecoder> {
     }
     // Joins two lines in HZ; here every line end stays.
     if (!isGbMode_ && isLineEnd(p[1])) return 1;
-    return malformed(p, isGbByte(p[1]) ? 2 : 1);
-  }
-
-  std::size_t malformed(const Byte* p, std::size_t size) {
-    putMalformed(p, size);
-    return size;
+    return putMalformed(p, isGbByte(p[1]) ? 2 : 1);
   }
 
   bool isGbMode_ = false;

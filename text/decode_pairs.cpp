@@ -17,39 +17,24 @@ class PairDecoder : public ByteDecoder<PairDecoder<fourBytes, isTrail>> {
   static constexpr bool isAsciiMode() { return true; }
 
   const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
-    const Byte* const begin = p;
-    const Entry* const entries = this->entries_;
-    char* to = out;
-    for (; end - p >= 2 && !isAscii(*p); p += 2) {
-      const Entry entry = entries[loadUnit(p)];
-      if (isRare(entry)) break;
-      std::memcpy(to, &entry, sizeof entry);
-      to += sizeOf(entry);
-    }
-    out = to;
-    this->account_.addCharacters((p - begin) / 2);
-    return p;
+    return this->template takeEntries<2>(
+        p, end, out, [](const Byte* at) { return isAscii(*at) ? Decoder::kNone : loadUnit(at); });
   }
 
   std::size_t takeOther(const Byte* p, std::size_t left, bool ended) {
-    if (!isLeadByte(*p)) return malformed(p, 1);
-    if (left < 2) return ended ? malformed(p, 1) : 0;
+    if (!isLeadByte(*p)) return this->putMalformed(p, 1);
+    if (left < 2) return ended ? this->putMalformed(p, 1) : 0;
     if (fourBytes != FourBytes::none && isFourBytesDigit(p[1])) {
       if (left < 4 && !ended && (left < 3 || isLeadByte(p[2]))) return 0;
       if (left >= 4 && isLeadByte(p[2]) && isFourBytesDigit(p[3])) return takeFourBytes(p);
     }
     // No malformed byte takes ASCII along.
-    if (!isTrail(p[1])) return malformed(p, isAscii(p[1]) ? 1 : 2);
+    if (!isTrail(p[1])) return this->putMalformed(p, isAscii(p[1]) ? 1 : 2);
     this->put(this->entries_[loadUnit(p)], p, 2);
     return 2;
   }
 
  private:
-  std::size_t malformed(const Byte* p, std::size_t size) {
-    this->putMalformed(p, size);
-    return size;
-  }
-
   std::size_t takeFourBytes(const Byte* p) {
     const bool isMiddle = fourBytes == FourBytes::middle;
     const CodePoint c = isMiddle ? rankOf(p) : codePointOfGb18030(p);

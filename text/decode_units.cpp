@@ -72,20 +72,10 @@ class UnitDecoder : public Decoder {
 
   template <bool references>
   const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
-    const Byte* const begin = p;
-    const Byte* const last = end - p > 2 * kBlockBytes ? p + 2 * kBlockBytes : end - 1;
-    const Entry* const entries = entries_;
-    char* to = out;
-    for (; p < last; p += 2) {
-      const Unit unit = load(p);
-      const Entry entry = entries[unit];
-      if (isRare(entry) || (references && unit == '&')) break;
-      std::memcpy(to, &entry, sizeof entry);
-      to += sizeOf(entry);
-    }
-    out = to;
-    account_.addCharacters((p - begin) / 2);
-    return p;
+    const Byte* const blockEnd = end - p > 2 * kBlockBytes ? p + 2 * kBlockBytes : end;
+    return takeEntries<2>(p, blockEnd, out, [](const Byte* at) {
+      return references && load(at) == '&' ? kNone : load(at);
+    });
   }
 
   // Returns the units taken.

@@ -41,50 +41,34 @@ class Utf8Decoder : public ByteDecoder<Utf8Decoder> {
 
   // Three bytes each, as nearly all ideographs are.
   const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
-    const Entry* const entries = entries_;
-    const Byte* const begin = p;
-    char* to = out;
-    for (; end - p >= 4; p += 3) {
-      std::uint32_t bytes;
-      std::memcpy(&bytes, p, sizeof bytes);
-      const CodePoint c = (CodePoint{p[0]} << 12) + (CodePoint{p[1]} << 6) + p[2] - 0xE2080;
-      if ((bytes & 0xC0C0F0) != 0x8080E0 || c < 0x800) break;
-      const Entry entry = entries[c];
-      if (isRare(entry)) break;
-      std::memcpy(to, &entry, sizeof entry);
-      to += sizeOf(entry);
-    }
-    out = to;
-    account_.addCharacters((p - begin) / 3);
-    return p;
+    return takeEntries<3, 4>(p, end, out, [](const Byte* at) {
+      const auto bytes = load<std::uint32_t>(at);
+      const int c = (at[0] << 12) + (at[1] << 6) + at[2] - 0xE2080;
+      return (bytes & 0xC0C0F0) == 0x8080E0 && c >= 0x800 ? c : kNone;
+    });
   }
 
   std::size_t takeOther(const Byte* p, std::size_t left, bool ended) {
     const unsigned size = sequenceSize(*p);
     CodePoint c = size == 0 ? 0 : *p & (0x7Fu >> size);
     for (unsigned i = 1; i < size; ++i) {
-      if (i == left) return ended ? malformed(p, i) : 0;
+      if (i == left) return ended ? putMalformed(p, i) : 0;
       if (i == 1 ? !maySecondFollow(*p, p[1]) : !isContinuation(p[i])) {
-        return i == 1 ? takeSurrogates(p, left, ended) : malformed(p, i);
+        return i == 1 ? takeSurrogates(p, left, ended) : putMalformed(p, i);
       }
       c = c << 6 | (p[i] & 0x3Fu);
     }
-    if (size == 0) return malformed(p, 1);
+    if (size == 0) return putMalformed(p, 1);
     putCodePoint(c, p, size, c);
     return size;
   }
 
  private:
-  std::size_t malformed(const Byte* p, std::size_t size, CodePoint c = kNoCodePoint) {
-    putMalformed(p, size, c);
-    return size;
-  }
-
   std::size_t takeSurrogates(const Byte* p, std::size_t left, bool ended) {
-    if (!mayBeSurrogates(p, left)) return malformed(p, 1);
-    if (left < 6) return ended ? malformed(p, 1) : 0;
+    if (!mayBeSurrogates(p, left)) return putMalformed(p, 1);
+    if (left < 6) return ended ? putMalformed(p, 1) : 0;
     const auto half = [](const Byte* at) { return (at[1] & 0x0Fu) << 6 | (at[2] & 0x3Fu); };
-    return malformed(p, 6, 0x10000 + (half(p) << 10) + (half(p + 3) & 0x3FF));
+    return putMalformed(p, 6, 0x10000 + (half(p) << 10) + (half(p + 3) & 0x3FF));
   }
 };
 

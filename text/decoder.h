@@ -67,10 +67,36 @@ class Decoder {
   void put(Entry entry, const Byte* p, std::size_t size, CodePoint c = kNoCodePoint);
   // A character by its code point, in any source.
   void putCodePoint(CodePoint c, const Byte* p, std::size_t size, CodePoint told);
-  void putMalformed(const Byte* p, std::size_t size, CodePoint c = kNoCodePoint) {
+  // Returns size.
+  std::size_t putMalformed(const Byte* p, std::size_t size, CodePoint c = kNoCodePoint) {
     put(rareEntry(Rare::malformed, 0), p, size, c);
+    return size;
   }
   void putAscii(char c) { append(entries_[static_cast<Byte>(c)]); }
+
+  // Writes the characters of a run, each one look-up. Returns where it ends.
+  // size     the bytes of each in the input
+  // looksAt  the bytes that codeAt reads; fewer are left
+  // codeAt   the code of a character, kNone where another loop has to look
+  static constexpr int kNone = -1;
+  template <int size, int looksAt = size, class CodeAt>
+  const Byte* takeEntries(const Byte* p, const Byte* end, char*& out, CodeAt codeAt) {
+    const Byte* const begin = p;
+    const Byte* const last = end - p >= looksAt ? end - looksAt + 1 : p;
+    const Entry* const entries = entries_;
+    char* to = out;
+    for (; p < last; p += size) {
+      const int code = codeAt(p);
+      if (code == kNone) break;
+      const Entry entry = entries[code];
+      if (isRare(entry)) break;
+      std::memcpy(to, &entry, sizeof entry);
+      to += sizeOf(entry);
+    }
+    out = to;
+    account_.addCharacters((p - begin) / size);
+    return p;
+  }
 
   // Takes a reference, or else the "&" alone.
   // text, unit  from the "&" on, and how many bytes of the input each of its characters is
