@@ -213,6 +213,7 @@ class Run {
     if (!options_.has("check")) {
       output = std::make_unique<Output>(options_.value("output", "-"));
       refuseInputAs(*output);
+      refuseReportAs(*output);
     }
     bool isComplete = true;
     for (const std::string& path : options_.files) {
@@ -271,7 +272,7 @@ class Run {
     }
     if (!isInPlace_) {
       const fs::path folder = fs::path(target).parent_path();
-      fs::create_directories(folder, error);
+      if (!folder.empty()) fs::create_directories(folder, error);
       if (error) throw FileFailure(folder.string() + ": " + error.message());
     }
     auto output = std::make_unique<Output>(target);
@@ -338,6 +339,17 @@ class Run {
     if (old && inputs_.contains({old->st_dev, old->st_ino})) {
       throw FileFailure(output.name() +
                         ": is an input too, which would be destroyed; use -i to replace it");
+    }
+  }
+
+  // The lines of the report would run into the text, under whatever names they meet. A device,
+  // such as a terminal, takes both.
+  void refuseReportAs(const Output& output) const {
+    if (!report_ || !report_->old() || !output.old()) return;
+    const struct stat& one = *report_->old();
+    const struct stat& other = *output.old();
+    if (one.st_dev == other.st_dev && one.st_ino == other.st_ino && !S_ISCHR(one.st_mode)) {
+      throw UsageError("--report and the text would go to the same file: " + report_->name());
     }
   }
 

@@ -135,7 +135,8 @@ class Folder(Test):
         os.mkdir("sub")
         write("sub/in", CLEAN)
         self.assertEqual(big5("--output-dir=sub", "in", "sub/in")[0], 3)
-        self.assertRefused("--output-dir=. in", "--output-dir=new --report=new/in in",
+        self.assertRefused("--output-dir=. in", told="use -i to replace it")
+        self.assertRefused("--output-dir=new --report=new/in in",
                            "--output-dir=in sub/in", "--files-from=missing")
         self.assertEqual(read("sub/in"), CLEAN)
         # An empty list is no list of standard input.
@@ -175,10 +176,16 @@ class Outputs(Test):
         for name in ["/dev/stdout", "-"]:
             self.assertEqual(big5("-q", "-o", name, "in"), (0, CLEAN, ""))
         self.assertIn("byte\tbytes", big5("-q", "--report=/dev/stderr", "in")[2])
-        for words in ["--report=-", "--report=/dev/stdout", "--report=- -o -"]:
-            self.assertEqual(big5(*words.split(), "in")[1], b"")
+        for words in ["--report=-", "--report=/dev/stdout", "--report=- -o -", "--report=/dev/fd/1"]:
+            self.assertEqual(big5(*words.split(), "in")[:2], (2, b""))
+        said = big5("--report=/dev/stderr", "in", stderr=subprocess.STDOUT)[1]
+        self.assertIn(b"same file: /dev/stderr", said)
+        self.assertNotIn(CLEAN, said)
         write("log", b"old\n")
         with open("log", "ab") as end:
+            self.assertRefused("--report=log in", "--report=/dev/stdout -o log in", status=2,
+                               stdout=end)
+            self.assertEqual(big5("-q", "--report=/dev/null", "-o", "/dev/null", "in")[0], 0)
             big5("-q", "-o", "/dev/stdout", "in", stdout=end)
             subprocess.run([SGBK, "-qfbig5", "-o", f"/dev/fd/{end.fileno()}", "in"],
                            pass_fds=[end.fileno()], check=True)
