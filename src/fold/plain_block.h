@@ -123,12 +123,14 @@ template <Yen yen, Markup markup, class Input, class Write>
       ++psrc;
     }
   } else if (reach >= kBlockPairs && room >= kBlockPairs + 2) {
-    // What comes next finds room for two bytes more, and covers the one that may be left behind.
     const bool whole = reach >= 2 * kBlockPairs && room >= 2 * kBlockPairs + 2;
     const FoldedPairs<yen, markup> pairs(
         {load<Bytes>(psrc), whole ? load<Bytes>(psrc + sizeof(Bytes)) : Bytes{}}, ifcase);
+    char* const end = pdest + pairs.ends[pairs.count];
+    const char kept = *end;  // an ASCII character is written with a NUL behind it
     for (int i = 0; i < pairs.count; ++i) storeUnit(pdest + pairs.ends[i], write(pairs.units[i]));
-    pdest += pairs.ends[pairs.count];
+    *end = kept;
+    pdest = end;
     psrc += 2 * pairs.count;
   }
   out.pdest = pdest;
