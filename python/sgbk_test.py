@@ -205,3 +205,12 @@ def test_other_threads_run_while_it_converts():
     done.set()
     thread.join()
     assert after > before + 1
+
+
+def test_no_engine_is_kept_that_has_become_large():
+    sgbk._idle.clear()
+    sgbk.convert(b"\xff" * 5000, "gbk", losses=True)
+    sgbk.decode(b"a" * (1 << 22), "gbk")
+    assert not sgbk._idle
+    sgbk.decode(b"a", "gbk")
+    assert sgbk._idle

@@ -37,8 +37,9 @@ if TYPE_CHECKING:
 __all__ = ["Converter", "Counts", "Lines", "Loss", "Result", "convert", "decode", "detect", "open"]
 
 _MOST_IDLE = 64
-# With a longer text an engine's buffers have become too large to be kept.
+# With more output, or losses, an engine has become too large to be kept.
 _LONG = 1 << 22
+_MANY = 1000
 # Engines at rest, by how they were made. One that works is out of here, where no other thread, no
 # signal handler and no child of a fork can meet it.
 _idle: dict[tuple[Any, ...], list[Engine]] = {}
@@ -55,7 +56,7 @@ def _whole(data: "ReadableBuffer", source: str, target: str, losses: bool, optio
     taken = take(engine)
     if len(_idle) > _MOST_IDLE:
         _idle.clear()
-    if engine.size[0] < _LONG:
+    if engine.size[0] < _LONG and (not losses or len(taken.losses) < _MANY):
         _idle.setdefault(key, []).append(engine)
     return taken
 
