@@ -10,7 +10,7 @@ import subprocess
 import sys
 import tempfile
 
-ROUNDS = 3
+ROUNDS = 5
 # What the text is written in: as Python, sgbk, and the peer call it.
 ENCODINGS = {"Big5": ("big5", "big5", "BIG5"), "GBK": ("gbk", "gbk", "GBK"), "UTF-8": ("utf-8", "utf-8", "UTF-8"),
              "UTF-16LE": ("utf-16-le", "utf-16le", "UTF-16LE"), "HZ": ("hz", "hz", "HZ")}
