@@ -34,9 +34,9 @@ def tree():
     return {name: read(name) if os.path.exists(name) else None for name in names}
 
 
-def run(*arguments, data=b"", **more):
-    """Runs the command; returns its status, output and messages."""
-    done = subprocess.run([SGBK, *arguments], input=None if "stdin" in more else data, timeout=60,
+def run(*arguments, data=b"", under=(), **more):
+    """Runs the command, under another one if given; returns its status, output and messages."""
+    done = subprocess.run([*under, SGBK, *arguments], input=None if "stdin" in more else data, timeout=60,
                           **{"stdout": PIPE, "stderr": PIPE, **more})
     return done.returncode, done.stdout, (done.stderr or b"").decode()
 
