@@ -98,8 +98,8 @@ class InPlace(Test):
         write("much", LOSSY * 9999)
         write("lossless", b"\xc5\xe9\n")
         self.assertRefused("-qi --force --report=/dev/full much lossless")
-        with open("kept", "rb+") as both:
-            self.assertRefused("-qi kept", stdout=both)
+        with open("good", "rb+") as both:
+            self.assertRefused("-qi good", stdout=both)
 
 
 class Folder(Test):
