@@ -1,6 +1,6 @@
 // HZ: pairs of 7-bit bytes between "~{" and "~}". Each line begins in ASCII mode.
 
-#include "byte_decoder.h"
+#include "decoding_loop.h"
 
 namespace sgbk::text {
 namespace {
@@ -11,14 +11,15 @@ constexpr bool isPair(const Byte* p, const Byte* end, char first, char second) {
 }
 constexpr bool isLineEnd(Byte b) { return b == '\n' || b == '\r'; }
 
-class HzDecoder : public ByteDecoder<HzDecoder> {
+class HzDecoder : public DecodingLoop<HzDecoder> {
  public:
-  using ByteDecoder::ByteDecoder;
+  using DecodingLoop::DecodingLoop;
 
   static constexpr Byte kEscape = '~';
   bool isAsciiMode() const { return !isGbMode_; }
 
   // With the escapes around it.
+  template <bool>
   const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
     if (!isGbMode_) {
       if (!isPair(p, end, '~', '{')) return p;

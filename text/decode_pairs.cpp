@@ -1,6 +1,6 @@
 // Big5 and GBK: one byte or two, and in GB18030 four.
 
-#include "byte_decoder.h"
+#include "decoding_loop.h"
 
 namespace sgbk::text {
 namespace {
@@ -9,13 +9,11 @@ namespace {
 enum class FourBytes { none, gb18030, middle };
 
 template <FourBytes fourBytes, bool (*isTrail)(Byte)>
-class PairDecoder : public ByteDecoder<PairDecoder<fourBytes, isTrail>> {
+class PairDecoder : public DecodingLoop<PairDecoder<fourBytes, isTrail>> {
  public:
-  using ByteDecoder<PairDecoder>::ByteDecoder;
+  using DecodingLoop<PairDecoder>::DecodingLoop;
 
-  static constexpr Byte kEscape = 0;
-  static constexpr bool isAsciiMode() { return true; }
-
+  template <bool>
   const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
     return this->template takeEntries<2>(
         p, end, out, [](const Byte* at) { return isAscii(*at) ? Decoder::kNone : loadUnit(at); });

@@ -1,7 +1,7 @@
 // UCS-2 in either byte order, with the surrogates of UTF-16.
 
-#include "byte_decoder.h"
 #include "core/vectors.h"
+#include "decoding_loop.h"
 
 namespace sgbk::text {
 namespace {
@@ -12,94 +12,54 @@ constexpr bool isHighSurrogate(Unit u) { return (u & 0xFC00) == 0xD800; }
 constexpr bool isLowSurrogate(Unit u) { return (u & 0xFC00) == 0xDC00; }
 
 template <bool isBigEndian>
-class UnitDecoder : public Decoder {
+class UnitDecoder : public DecodingLoop<UnitDecoder<isBigEndian>> {
  public:
-  using Decoder::Decoder;
+  using DecodingLoop<UnitDecoder>::DecodingLoop;
 
-  const Byte* decode(const Byte* p, const Byte* end, bool ended) override {
-    p = dispatch(
-        [&]<Ascii form, bool references>() { return run<form, references>(p, end, ended); });
-    if (ended && end - p == 1) {
-      putMalformed(p, 1);
-      ++p;
-    }
-    return p;
-  }
+  static constexpr int kUnit = 2;
 
- private:
-  static Unit load(const Byte* p) {
-    return static_cast<Unit>(isBigEndian ? p[0] << 8 | p[1] : loadUnit(p));
-  }
-
-  template <Ascii form, bool references>
-  const Byte* run(const Byte* p, const Byte* const end, bool ended) {
-    char* out = roomFor(end - p);
-    while (end - p >= 2) {
-      if (const int count = takeAscii<form, references>(p, end, out); count != 0) {
-        p += 2 * count;
-        continue;
-      }
-      if (const Byte* const run = takeRun<references>(p, end, out); run != p) {
-        p = run;
-        continue;
-      }
-      out_->setEnd(out);
-      const auto left = static_cast<std::size_t>(end - p) / 2;
-      const std::size_t taken =
-          references && load(p) == '&' ? reference(p, left, ended) : takeOther(p, left, ended);
-      p += 2 * taken;
-      out = roomFor(end - p);
-      if (taken == 0) break;
-    }
-    out_->setEnd(out);
-    return p;
-  }
-
-  // Eight units of ASCII at once. Fewer are taken one by one as all others are, without a jump that
-  // depends on what they are.
-  template <Ascii form, bool references>
-  int takeAscii(const Byte* p, const Byte* end, char*& out) {
-    if (end - p < 2 * kBlockUnits) return 0;
+  // All of it is ASCII, or none passes for it.
+  static Block blockAt(const Byte* p, const Byte* end) {
+    if (end - p < kUnit * kBlockUnits) return inEveryByte(0x80);
     Units units = sgbk::load<Units>(p);
     if (isBigEndian) units = units << 8 | units >> 8;
-    if (!everyBit(within(units, 0, 0x7F))) return 0;
-    const Block block = lowBytes(units);
-    if (references && firstByteEqualTo(block, '&') != 0) return 0;
-    out = putAsciiBlock<form>(block, kBlockUnits, entries_, out);
-    account_.addCharacters(kBlockUnits);
-    return kBlockUnits;
+    return everyBit(within(units, 0, 0x7F)) ? lowBytes(units) : inEveryByte(0x80);
+  }
+
+  static std::string_view textAt(const Byte* p, std::size_t left, char* ascii) {
+    std::size_t size = 0;
+    for (; size < std::min(left / kUnit, kLongestReference) && load(p) < 0x80; p += kUnit) {
+      ascii[size++] = static_cast<char>(load(p));
+    }
+    return {ascii, size};
   }
 
   template <bool references>
   const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
     const Byte* const blockEnd = end - p > 2 * kBlockBytes ? p + 2 * kBlockBytes : end;
-    return takeEntries<2>(p, blockEnd, out, [](const Byte* at) {
-      return references && load(at) == '&' ? kNone : load(at);
+    return this->template takeEntries<kUnit>(p, blockEnd, out, [](const Byte* at) {
+      return references && load(at) == '&' ? Decoder::kNone : load(at);
     });
   }
 
-  // Returns the units taken.
   std::size_t takeOther(const Byte* p, std::size_t left, bool ended) {
+    if (left < 2) return ended ? this->putMalformed(p, 1) : 0;
     const Unit unit = load(p);
     if (isHighSurrogate(unit)) {
-      if (left < 2 && !ended) return 0;
-      if (left >= 2 && isLowSurrogate(load(p + 2))) {
+      if (left < 4 && !ended) return 0;
+      if (left >= 4 && isLowSurrogate(load(p + 2))) {
         const CodePoint c = 0x10000 + ((unit & 0x3FFu) << 10 | (load(p + 2) & 0x3FFu));
-        putCodePoint(c, p, 4, c);
-        return 2;
+        this->putCodePoint(c, p, 4, c);
+        return 4;
       }
     }
-    put(entries_[unit], p, 2, isSurrogate(unit) ? kNoCodePoint : unit);
-    return 1;
+    this->put(this->entries_[unit], p, 2, isSurrogate(unit) ? kNoCodePoint : unit);
+    return 2;
   }
 
-  std::size_t reference(const Byte* p, std::size_t left, bool ended) {
-    char text[kLongestReference];
-    std::size_t size = 0;
-    for (; size < std::min(left, kLongestReference) && load(p + 2 * size) < 0x80; ++size) {
-      text[size] = static_cast<char>(load(p + 2 * size));
-    }
-    return takeReference({text, size}, ended || size < left, p, 2);
+ private:
+  static Unit load(const Byte* p) {
+    return static_cast<Unit>(isBigEndian ? p[0] << 8 | p[1] : loadUnit(p));
   }
 };
 

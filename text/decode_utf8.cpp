@@ -1,6 +1,6 @@
 // UTF-8. What is damaged is lost by maximal parts: as much as could have begun a character.
 
-#include "byte_decoder.h"
+#include "decoding_loop.h"
 
 namespace sgbk::text {
 namespace {
@@ -32,14 +32,12 @@ constexpr bool mayBeSurrogates(const Byte* p, std::size_t left) {
   return true;
 }
 
-class Utf8Decoder : public ByteDecoder<Utf8Decoder> {
+class Utf8Decoder : public DecodingLoop<Utf8Decoder> {
  public:
-  using ByteDecoder::ByteDecoder;
-
-  static constexpr Byte kEscape = 0;
-  static constexpr bool isAsciiMode() { return true; }
+  using DecodingLoop::DecodingLoop;
 
   // Three bytes each, as nearly all ideographs are.
+  template <bool>
   const Byte* takeRun(const Byte* p, const Byte* end, char*& out) {
     return takeEntries<3, 4>(p, end, out, [](const Byte* at) {
       const auto bytes = load<std::uint32_t>(at);

@@ -1,4 +1,4 @@
-// What the four shapes of source have in common: a character goes to the output by one look-up, and
+// What all sources have in common: a character goes to the output by one look-up, and
 // what is rare is dealt with here.
 
 #ifndef SGBK_TEXT_DECODER_H
@@ -103,24 +103,11 @@ class Decoder {
   // Returns     the characters taken; 0 when more is needed
   std::size_t takeReference(std::string_view text, bool ended, const Byte* p, std::size_t unit);
 
-  // Calls run with the form of ASCII and whether references are looked for, as constants.
-  template <class Run>
-  const Byte* dispatch(Run run) {
-    const auto withForm = [&]<Ascii form>() {
-      return around_.references ? run.template operator()<form, true>()
-                                : run.template operator()<form, false>();
-    };
-    switch (ascii_) {
-      case Ascii::same: return withForm.template operator()<Ascii::same>();
-      case Ascii::lowered: return withForm.template operator()<Ascii::lowered>();
-      case Ascii::units: return withForm.template operator()<Ascii::units>();
-      default: return withForm.template operator()<Ascii::wide>();
-    }
-  }
-
   Buffer* out_ = nullptr;
   Account& account_;
   const Entry* entries_ = nullptr;
+  const Surroundings around_;
+  Ascii ascii_ = Ascii::same;
 
  private:
   void append(Entry entry);
@@ -133,8 +120,6 @@ class Decoder {
   const CodeTable* unicode_ = nullptr;
   Reference reference_;  // the last one that was looked for
   std::string before_;   // its text, if it had all that belongs to it
-  const Surroundings around_;
-  Ascii ascii_ = Ascii::same;
 };
 
 // source  not automatic and not ucs2

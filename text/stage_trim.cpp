@@ -133,7 +133,8 @@ class TrimStage : public Stage {
         }
         // Where the next one begins is known before what this one is.
         const char* const blockEnd = p + kBlockBytes;
-        while (p != blockEnd && take(kindAt(p), static_cast<Byte>(*p), 1)) ++p;
+        while (p != blockEnd && take(kinds_.of[static_cast<Byte>(*p)], static_cast<Byte>(*p), 1))
+          ++p;
         if (p == blockEnd) continue;
       } else {
         const gchar_t unit = loadUnit(bytesOf(p));
