@@ -78,30 +78,21 @@ std::size_t lengthFrom(const std::string& name, const char* text) {
   return number;
 }
 
-// Of a name, what tells it from others.
-std::string folded(std::string_view name) {
+// Of a name, what tells it from others; of a list of names, the blanks between them as well.
+std::string folded(std::string_view names, bool isList) {
   std::string result;
-  for (const char c : name.substr(0, name.find("//"))) {
-    if (isLetter(c) || isDigit(c)) result += lower(c);
+  for (const char c : names.substr(0, names.find("//"))) {
+    if (isLetter(c) || isDigit(c) || (isList && c == ' ')) result += lower(c);
   }
   return result;
 }
 
-bool isOneOf(std::string_view list, const std::string& wanted) {
-  while (!list.empty()) {
-    const auto word = list.substr(0, list.find(' '));
-    if (folded(word) == wanted) return true;
-    list.remove_prefix(word.size() + (word.size() != list.size()));
-  }
-  return false;
-}
-
 template <class Encoding>
 std::optional<Encoding> find(std::span<const sgbk_encoding> table, std::string_view name) {
-  const std::string wanted = folded(name);
-  for (std::size_t i = 0; i < table.size(); ++i) {
-    const std::string names = std::string(table[i].name) + ' ' + table[i].aliases;
-    if (isOneOf(names, wanted)) return static_cast<Encoding>(i);
+  const std::string wanted = folded(name, false);
+  for (std::size_t i = 0; !wanted.empty() && i < table.size(); ++i) {
+    const std::string names = std::string(" ") + table[i].name + ' ' + table[i].aliases + ' ';
+    if (folded(names, true).find(' ' + wanted + ' ') != names.npos) return static_cast<Encoding>(i);
   }
   return std::nullopt;
 }
