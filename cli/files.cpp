@@ -131,7 +131,7 @@ Input::~Input() {
   if (fd_ != STDIN_FILENO) close(fd_);
 }
 
-void Input::fail(const std::string& what) const { throw InputFailure(name_ + ": " + what); }
+void Input::fail(const std::string& what) const { throw FileFailure(name_ + ": " + what); }
 
 // Of a directory, it is reading that fails.
 std::size_t Input::read(char* to, std::size_t size) {

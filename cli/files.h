@@ -20,11 +20,6 @@ struct FileFailure : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The others can be read all the same.
-struct InputFailure : FileFailure {
-  using FileFailure::FileFailure;
-};
-
 // Before any file is opened. Keeps files from taking the numbers of standard streams that were
 // closed: with them, output would go to the wrong file. Use of such a stream fails with "Bad file
 // descriptor". Signals remove new files that are not in place yet.
@@ -35,7 +30,7 @@ std::string placeOf(const std::string& path);
 
 class Input {
  public:
-  // "-" is standard input. What fails throws InputFailure.
+  // "-" is standard input. What fails throws FileFailure.
   explicit Input(const std::string& path);
   ~Input();
   Input(const Input&) = delete;

@@ -69,13 +69,7 @@ class Conversion {
  public:
   // Throws UsageError for what the library does not know.
   // total  bytes of all inputs; infinite where that is not known
-  Conversion(const Options& options, double total)
-      : options_(options),
-        converter_(converterFor(options)),
-        mostRows_(options.number("max-reports", UINT64_MAX)),
-        isProgressShown_(isProgressShown(options)),
-        total_(total),
-        buffer_(1 << 17) {}
+  Conversion(const Options& options, double total) : options_(options), total_(total) {}
 
   // Converts the input at `path` and says what was lost. False when a loss was not permitted.
   // output, report  null to write nothing
@@ -156,13 +150,14 @@ class Conversion {
   }
 
   const Options& options_;
-  sgbk::Converter converter_;
-  const std::uint64_t mostRows_;  // in the report of an input
-  const bool isProgressShown_;
+  sgbk::Converter converter_ = converterFor(options_);
+  // In the report of an input.
+  const std::uint64_t mostRows_ = options_.number("max-reports", UINT64_MAX);
+  const bool isProgressShown_ = isProgressShown(options_);
   const double total_;
   double done_ = 0;
   std::string rows_ = kReportHead;
-  std::vector<char> buffer_;
+  std::vector<char> buffer_ = std::vector<char>(1 << 17);
 };
 
 class Run {
@@ -179,7 +174,7 @@ class Run {
 
   void convertAll() {
     try {
-      options_.isEach() ? convertEach() : convertToOne();
+      convertInputs();
     } catch (const FileFailure& failure) {
       tell(Status::failure, failure.what());
     }
@@ -208,9 +203,9 @@ class Run {
     return total;
   }
 
-  void convertToOne() {
-    std::unique_ptr<Output> output;
-    if (!options_.has("check")) {
+  void convertInputs() {
+    std::unique_ptr<Output> output;  // of all inputs
+    if (!options_.isEach() && !options_.has("check")) {
       output = std::make_unique<Output>(options_.value("output", "-"));
       refuseInputAs(*output);
       refuseReportAs(*output);
@@ -218,10 +213,15 @@ class Run {
     bool isComplete = true;
     for (const std::string& path : options_.files) {
       try {
-        if (conversion_.convert(path, output.get(), report_.get())) continue;
+        if (options_.isEach() ? convertAlone(path)
+                              : conversion_.convert(path, output.get(), report_.get())) {
+          continue;
+        }
         isComplete = false;
         break;
-      } catch (const InputFailure& failure) {
+      } catch (const FileFailure& failure) {
+        // What only cannot be read, or has an output of its own, keeps no other file from it.
+        if ((output && output->hasFailed()) || (report_ && report_->hasFailed())) throw;
         tell(Status::failure, failure.what());
         isComplete = false;
       }
@@ -231,17 +231,6 @@ class Run {
       output->putInPlace();
     } else {
       printMessage(output->name() + ": not put in place");
-    }
-  }
-
-  void convertEach() {
-    for (const std::string& path : options_.files) {
-      try {
-        if (!convertAlone(path)) return;
-      } catch (const FileFailure& failure) {
-        if (report_ && report_->hasFailed()) throw;
-        tell(Status::failure, failure.what());
-      }
     }
   }
 
