@@ -49,16 +49,12 @@ std::string escaped(std::string_view text) {
     // U+0080 to U+009F, which terminals obey, too.
     const bool isControl = byte >= 0x80 && byte < 0xA0 && result.ends_with('\xC2');
     if (isControl) result.replace(result.size() - 1, 1, "\\xC2");
-    if (c == '\t') {
-      result += "\\t";
-    } else if (c == '\n') {
-      result += "\\n";
-    } else if (c == '\\') {
-      result += "\\\\";
-    } else {
-      result +=
-          isControl || byte < ' ' || byte == 0x7F ? formatted("\\x%02X", byte) : std::string(1, c);
-    }
+    const bool isHidden = isControl || byte < ' ' || byte == 0x7F;
+    result += c == '\t'   ? "\\t"
+              : c == '\n' ? "\\n"
+              : c == '\\' ? "\\\\"
+              : isHidden  ? formatted("\\x%02X", byte)
+                          : std::string(1, c);
   }
   return result;
 }
