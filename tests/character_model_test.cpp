@@ -61,17 +61,5 @@ static_assert(DEFAULT_ANSI_CONVERSION_CHAR == 0xFFFF && DESCRIPTION_CONTENT_SEPA
 static_assert(FIRST_DBC == 33 && LAST_DBC == 126 && sizeof(gchar_t) == 2);
 static_assert(isgcharspace(RETURN_CONVERSION_CHAR) && toLowerCase(0xC1A3) == 0xE1A3);
 
-TEST(CharacterModel, WideningAndNarrowingAreInverse) {
-  ASSERT_EQ(EncodingConvertor::initializeInstance(nullptr), 0);
-  int narrow = 0;
-  for (unsigned unit = 0; unit < 65536; ++unit) {
-    const char c = sbcchar2dbc(static_cast<gchar_t>(unit));
-    if (c == 0) continue;
-    ++narrow;
-    EXPECT_EQ(EncodingConvertor::getInstance()->getucgvalue(static_cast<unsigned char>(c)), unit);
-  }
-  EXPECT_EQ(narrow, 0x7E - 0x21 + 1);
-}
-
 }  // namespace
 }  // namespace sgbk_test

@@ -45,12 +45,19 @@ TEST(Converter, LivesFromInitializeInstanceToClear) {
   EXPECT_EQ(alive, before);
 }
 
-TEST(Converter, HoldsTheTablesWithAsciiWidened) {
+TEST(Converter, WidensByItsTableAndNarrowsBack) {
   ASSERT_EQ(EncodingConvertor::initializeInstance(nullptr), 0);
-  for (gchar_t uc = 0; const gchar_t expected : tables().unicode) {
-    ASSERT_EQ(EncodingConvertor::getInstance()->getucgvalue(uc), expected) << uc;
-    ++uc;
+  int narrow = 0;
+  for (unsigned unit = 0; unit < 65536; ++unit) {
+    const auto widened = [&](unsigned uc) {
+      return EncodingConvertor::getInstance()->getucgvalue(static_cast<gchar_t>(uc));
+    };
+    ASSERT_EQ(widened(unit), tables().unicode[unit]);
+    const char c = sbcchar2dbc(static_cast<gchar_t>(unit));
+    EXPECT_TRUE(c == 0 || widened(static_cast<unsigned char>(c)) == unit) << unit;
+    narrow += c != 0;
   }
+  EXPECT_EQ(narrow, 0x7E - 0x21 + 1);
 }
 
 // Half of the threads make the converter, the others wait for it; all convert at once.

@@ -52,14 +52,14 @@ TEST(WebText, NoTextIsNotRead) {
 }
 
 TEST(Affixes, AgreeWithTheStandardLibrary) {
-  const char* const strings[] = {"", "a", "b", "ab", "abc", "bc", "Bc", "abcabc", "\xB0\xA1"};
+  const char* const strings[] = {nullptr, "",   "a",  "b",      "ab",
+                                 "abc",   "bc", "Bc", "abcabc", "\xB0\xA1"};
   for (const char* const one : strings) {
     for (const char* const other : strings) {
-      EXPECT_EQ(startsWith(one, other), std::string(one).starts_with(other)) << one << other;
-      EXPECT_EQ(endsWith(one, other), std::string(one).ends_with(other)) << one << other;
+      const bool both = one != nullptr && other != nullptr;
+      EXPECT_EQ(startsWith(one, other), both && std::string(one).starts_with(other));
+      EXPECT_EQ(endsWith(one, other), both && std::string(one).ends_with(other));
     }
-    EXPECT_FALSE(startsWith(one, nullptr) || startsWith(nullptr, one));
-    EXPECT_FALSE(endsWith(one, nullptr) || endsWith(nullptr, one));
   }
 }
 

@@ -14,7 +14,8 @@
 
 namespace sgbk_test {
 
-// A conversion's result and everything it leaves in the destination.
+// A conversion's result and everything it leaves in the destination, up to the result where it
+// leaves scratch.
 struct Outcome {
   long result;
   std::string dest;
@@ -29,10 +30,12 @@ struct Tables {
 };
 const Tables& tables();
 
-// `size` bytes, or elements of two bytes for arrays and trimming, filled with `fill`.
+// `size` bytes, or elements of two bytes for arrays and trimming, filled with `fill`. They and the
+// source touch a protected page behind their last byte, or before their first one.
 struct Destination {
   int size;
   char fill;
+  bool isAtFirst = false;
 };
 
 // Results of two parts come as the number that `together` makes of them.
@@ -60,11 +63,8 @@ struct Operation {
   bool leavesScratch() const { return name.starts_with("trimgPunc"); }
   // Bytes of an element of the destination's size.
   int elementSize() const { return text == Text::array || text == Text::units ? 2 : 1; }
-  // A few bytes between which the operation makes all its distinctions; all strings of them.
+  // A few bytes between which the operation makes all its distinctions.
   std::string alphabet() const;
-  std::vector<std::string> tellingStrings(int length) const;
-  // A byte of the alphabet, or a unit of two of them.
-  std::string tellingCharacter(std::mt19937& random) const;
   // One character, mostly a mapped one; or the name of an entity.
   std::string randomCharacter(std::mt19937& random) const;
   // A capacity, in elements, that is always enough.
@@ -75,16 +75,11 @@ struct Operation {
 const std::vector<Operation>& operations();
 const Operation& operationNamed(const std::string& name);
 
-// Where the buffers touch a protected page: behind their last byte or before their first one.
-enum class Guard { behind, before };
-
 // Runs the library's operation, its destination filled beforehand.
-Outcome run(const Operation& operation, const std::string& src, Destination to,
-            Guard guard = Guard::behind);
+Outcome run(const Operation& operation, const std::string& src, Destination to);
 
-// Runs operation and twin on `bytes`, brought into the form that the operation takes, with each
-// guard and another filling for each. Empty when they agree in the result and in every byte of the
-// destination, or up to the result where it leaves scratch; otherwise says where they differ.
+// Runs operation and twin on `bytes`, brought into the form that the operation takes, at each of
+// the protected pages. Empty when they agree in the outcome; otherwise says where they differ.
 std::string disagreement(const Operation& operation, const std::string& bytes, int capacity);
 
 }  // namespace sgbk_test

@@ -120,7 +120,7 @@ Outcome twinUtf8(const std::string& src, Writer out) {
   bool ifCurrentASCII = false;
   const auto low = [&](size_t i) { return at(src, i) & 0x3F; };
   const auto isContinuation = [&](size_t i) { return i < size && (at(src, i) & 0xC0) == 0x80; };
-  for (size_t i = 0, taken; i < size && !out.full; i += taken) {
+  for (size_t i = 0, taken; i < size; i += taken) {
     const int b = at(src, i);
     const bool isLead = (b & 0xF0) == 0xE0;
     if ((b & 0xE0) == 0xC0) {
@@ -254,7 +254,7 @@ Outcome twinTrim(const std::string& src, Writer out, bool counted) {
   while (!text.empty() && isgcharspace(text.back())) text.pop_back();
   text.push_back(0);
   for (const gchar_t unit : text) out.unit(unit);
-  return out.done(static_cast<long>(text.size()));
+  return {out.n / 2, out.dest.substr(0, static_cast<size_t>(out.n))};
 }
 
 // The same, lowered in the destination.
