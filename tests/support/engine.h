@@ -46,7 +46,7 @@ Converted convert(sgbk_converter* c, std::string_view text, const Pieces& pieces
 Converted convert(const std::string& setup, std::string_view text, const Pieces& pieces = {});
 std::string textOf(const std::string& setup, std::string_view text);
 
-// GBK text with each ASCII byte as the library widens it.
+// GBK text with each ASCII byte widened.
 std::string widened(const std::string& gbk);
 
 // What the library's operation of this name writes; a capacity of 0 stands for enough.
@@ -59,11 +59,14 @@ Words targetNames();
 // A setup with the options that the bits choose, leaving out what excludes what.
 std::string setupOf(const std::string& from, const std::string& to, std::size_t bits);
 
-// Up to `most` characters of a source and what breaks them.
-std::string randomText(const std::string& source, std::size_t most, std::mt19937& random);
+// Characters of a source and what breaks them.
+Words wordsOf(const std::string& source);
+// Up to `most` of these words or of some neighbors among them.
+std::string randomText(const Words& words, std::size_t most, std::mt19937& random);
 
-// Empty, or what is wrong: the setup gives something else for the text cut up than for the whole;
-// the account does not fit the input; the output is not text of the target.
+// Empty, or what is wrong: the setup gives something else for the text cut up, or line by line,
+// than for the whole; strict does not stop before the first loss; the account does not fit the
+// input; the output is not text of the target.
 std::string disagreement(const std::string& setup, const std::string& text, const Pieces& pieces);
 
 // The end of the line that begins at `at`; the text's when it has none.

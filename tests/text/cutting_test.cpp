@@ -10,64 +10,20 @@
 namespace sgbk_test {
 namespace {
 
-// check(source, setup, text) for random setups and texts, damaged ones among them.
-template <class Check>
-void forTexts(int count, Check check) {
+TEST(EveryInput, GivesTheSameInPiecesAndInLines) {
   std::mt19937 random(1);
-  for (int i = 0; i < count; ++i) {
+  for (int i = 0; i < 150 && !HasFailure(); ++i) {
     for (const std::string& from : sourceNames()) {
       for (const std::string& to : targetNames()) {
-        if (testing::Test::HasFailure()) return;
         // Every other text is of whole characters, nearly.
-        const std::string setup = setupOf(from, to, random() & random() & 0xFFF);
-        check(from, setup, randomText(from, random() % 8 == 0 ? 400 : 12, random), random);
+        const std::string text = randomText(wordsOf(from), random() % 8 == 0 ? 400 : 12, random);
+        Pieces pieces = {1};
+        for (auto k = random() % 5; k-- > 0;) pieces.push_back(random() % 12);
+        std::shuffle(pieces.begin(), pieces.end(), random);
+        EXPECT_EQ(disagreement(setupOf(from, to, random() & random()), text, pieces), "");
       }
     }
   }
-}
-
-TEST(EveryInput, GivesTheSameForAnyCutting) {
-  forTexts(150, [](const auto&, const auto& setup, const auto& text, auto& random) {
-    Pieces pieces = {1};
-    for (auto i = random() % 5; i-- > 0;) pieces.push_back(random() % 12);
-    std::shuffle(pieces.begin(), pieces.end(), random);
-    EXPECT_EQ(disagreement(setup, text, pieces), "");
-  });
-}
-
-// Without what says something of the input as a whole.
-std::string withoutHead(std::string setup) {
-  for (const char* const option : {" html", " declare", " strict"}) {
-    if (const std::size_t at = setup.find(option); at != setup.npos)
-      setup.erase(at, std::string(option).size());
-  }
-  return setup;
-}
-
-TEST(EveryInput, ComesOutLineByLineAndUnderStrictUpToTheFirstLoss) {
-  forTexts(60, [](const auto& from, const auto& all, const auto& text, auto&) {
-    const std::string setup = withoutHead(all);
-    SCOPED_TRACE(setup + ' ' + toHex(text));
-    const Converted whole = convert(setup, text), strict = convert(setup + " strict", text);
-    if (whole.result != SGBK_OK) return;
-    const std::uint64_t lossy = whole.counts.first.line;  // 0 for none
-    std::string joined, before;
-    std::uint64_t line = 0;
-    for (std::size_t at = 0, end; at < text.size(); at = end) {
-      end = endOfLine(whole.source, text, at);
-      if (++line == lossy) before = joined;
-      joined += textOf(whole.source + setup.substr(from.size()), text.substr(at, end - at));
-    }
-    EXPECT_EQ(toHex(joined), toHex(whole.text));
-    EXPECT_EQ(toHex(strict.text), toHex(lossy == 0 ? joined : before));
-    EXPECT_EQ(strict.result, lossy == 0 ? SGBK_OK : SGBK_LOST);
-    EXPECT_EQ(described({strict.counts.first}), described({whole.counts.first}));
-
-    if (setup.find(" gbk-wide") != setup.npos) return;
-    const bool isWide = setup.find(" utf-16le") != setup.npos;
-    const std::string readable = isWide ? textOf("ucs-2le utf-8", whole.text) : whole.text;
-    EXPECT_EQ(std::count(readable.begin(), readable.end(), '\n'), whole.counts.lines);
-  });
 }
 
 TEST(Strict, KeepsWholeLinesAlsoBehindOneTooLongToHold) {
@@ -86,8 +42,8 @@ TEST(Auto, TakesTheInputForWhatDetectSaysOfAllThatCame) {
   std::mt19937 random(6);
   for (int i = 0; i < 1500; ++i) {
     std::string text;
-    const char* const kSources[] = {"auto", "big5", "gbk", "utf-8", "hz", "ucs-2le", "auto"};
-    for (int k = 0; k < 3; ++k) text += randomText(kSources[random() % 7], 6, random);
+    const char* const kSources[] = {"auto", "auto", "hz", "ucs-2le"};
+    for (int k = 0; k < 3; ++k) text += randomText(wordsOf(kSources[random() % 4]), 6, random);
     for (const std::size_t piece : Pieces{1, 2, 7, 10000}) {
       const Handle c = open("auto utf-8");
       for (std::size_t at = 0; at < text.size(); at += piece) {

@@ -90,7 +90,7 @@ TEST(Interface, ServesManyThreadsFromTheFirstCallOn) {
       std::mt19937 random(i % 2);
       for (int k = 0; k < 40; ++k) {
         const std::string setup = setupOf("auto", targetNames()[random() % 6], random() & random());
-        EXPECT_EQ(disagreement(setup, randomText("utf-8", 50, random), {3}), "");
+        EXPECT_EQ(disagreement(setup, randomText(wordsOf("utf-8"), 50, random), {3}), "");
       }
     });
   }
@@ -125,29 +125,26 @@ TEST(Interface, WorksInTheChildOfAFork) {
 }
 
 TEST(Interface, SaysWhatIsWrong) {
-  const struct {
-    const char *setup, *option, *value, *error;
-  } kRows[] = {
-      {"big5 gbk", "tidy", nullptr, "unknown option 'tidy'"},
-      {"big5 gbk", "truncate", "8x", "truncate: not a number from 1 to 1000000: '8x'"},
-      {"big5 gbk", "no-simplify", "1",
-       "no-simplify works from gbk and hz only: the other tables simplify by themselves"},
-      {"gbk gbk-wide", "html", nullptr,
-       "gbk-wide has no half-width characters, so no half-width, html or declare"},
+  const char* const kRows[][4] = {
+      {"big5 gbk", "tidy", nullptr, "unknown option"},
+      {"big5 gbk", "truncate", "8x", "not a number from 1 to 1000000: '8x'"},
+      {"big5 gbk", "truncate", nullptr, "truncate"},
+      {"big5 gbk", "entities", "9", "entities"},
+      {"big5 gbk", "no-simplify", nullptr, "no-simplify works from gbk and hz only"},
+      {"gbk gbk-wide", "html", nullptr, "gbk-wide has no half-width characters"},
       {"gbk gbk", "traditional", nullptr, "traditional works to big5 only"},
-      {"gbk gbk", "replace", "\xF0\x9F\x98\x80",
-       "replace: not a line of UTF-8 that gbk can hold: '\xF0\x9F\x98\x80'"},
-      {"gbk gbk", "replace", "a\n", "replace: not a line of UTF-8 that gbk can hold: 'a\n'"},
+      {"gbk gbk", "replace", "\xF0\x9F\x98\x80", "gbk can hold: '\xF0\x9F\x98\x80'"},
+      {"gbk gbk", "replace", "a\n", "gbk can hold: 'a\n'"},
   };
-  for (const auto& row : kRows) {
-    const Handle c = open(row.setup);
-    sgbk_result result = sgbk_set(c.get(), row.option, row.value);
+  for (const auto& [setup, option, value, error] : kRows) {
+    const Handle c = open(setup);
+    sgbk_result result = sgbk_set(c.get(), option, value);
     if (result == SGBK_OK) result = feed(c.get(), {});
-    EXPECT_EQ(result, SGBK_USAGE) << row.error;
-    EXPECT_STREQ(sgbk_error(c.get()), row.error);
+    EXPECT_EQ(result, SGBK_USAGE) << error;
+    EXPECT_NE(std::string(sgbk_error(c.get())).find(error), std::string::npos) << error;
   }
-  const Handle c = open("gbk gbk strict");
-  EXPECT_EQ(convert(c.get(), "x\ny\xFF", {}).text, "x\n");
+  const Handle c = open("gbk gbk strict entities=0");
+  EXPECT_EQ(convert(c.get(), "&lt;\ny\xFF", {}).text, "&lt;\n");
   const Converted again = convert(c.get(), "x", {});
   EXPECT_EQ(again.text + again.error, "the input has ended: reset comes first");
   EXPECT_EQ(sgbk_set(c.get(), "entities", nullptr), SGBK_USAGE);
@@ -160,33 +157,16 @@ TEST(Interface, SaysWhatIsWrong) {
   EXPECT_STREQ(sgbk_target_name("UTF8"), "utf-8");
 }
 
-TEST(Interface, TellsItsOptions) {
-  size_t count;
-  const sgbk_option* const options = sgbk_options(&count);
-  ASSERT_GE(count, 12u);
-  for (const sgbk_option* o = options; o != options + count; ++o) {
-    SCOPED_TRACE(o->name);
-    const char* const value = o->argument != nullptr ? "9" : nullptr;
-    EXPECT_EQ(sgbk_set(open("gbk big5").get(), o->name, value), SGBK_OK);
-    const Handle c = open("gbk big5");
-    EXPECT_EQ(sgbk_set(c.get(), o->name, value != nullptr ? nullptr : "9"), SGBK_USAGE);
-    EXPECT_TRUE(std::string(sgbk_error(c.get())).starts_with(o->name));
-    EXPECT_TRUE(value != nullptr || sgbk_set(c.get(), o->name, "0") == SGBK_OK);
-  }
-}
-
-TEST(Interface, IsThereForCpp) {
+TEST(Interface, ThrowsErrorsInCpp) {
   sgbk::Converter first("utf-8", "gbk");
-  sgbk::Converter c = std::move(first.set("entities").set("strict").set("truncate", "80"));
-  EXPECT_EQ(c.convert("&l", 2, false), "");
-  EXPECT_EQ(c.convert("t;\n", 3, false), "<\n");
+  sgbk::Converter c = std::move(first.set("strict").set("truncate", "80"));
   try {
     c.convert("\n\xFF", 2, true);
     FAIL();
   } catch (const sgbk::Error& error) {
     EXPECT_EQ(error.text, "\n");
     EXPECT_EQ(error.result, SGBK_LOST);
-    EXPECT_STREQ(error.what(), "line 3, byte 6: FF is malformed");
+    EXPECT_STREQ(error.what(), "line 2, byte 1: FF is malformed");
   }
 }
 

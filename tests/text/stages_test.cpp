@@ -37,12 +37,6 @@ TEST(Documentation, EncodingsAreFoundSo) {
   }
 }
 
-std::string randomLine(const Words& words, std::size_t count, std::mt19937& random) {
-  std::string line;
-  while (count-- > 0) line += words[random() % words.size()];
-  return line;
-}
-
 TEST(Trimming, IsTheLibrarys) {
   const Words words[] = {
       {"a", ".", "\xA1\xA3", " ", "\xA1\xEE", "\xA1\xA1", "\xB0\xA1", "\r", "\0"s},
@@ -50,8 +44,7 @@ TEST(Trimming, IsTheLibrarys) {
       {".", "-", "\xA1\xA3", ".", "!", "\xA3\xBF", "\xA1\xEE", " ", "=", "\t"}};
   std::mt19937 random(1);
   for (unsigned i = 0; i < 20000; ++i) {
-    const std::string line =
-        randomLine(words[i % 3], random() % (i % 100 == 99 ? 3000 : 30), random);
+    const std::string line = randomText(words[i % 3], i % 100 == 99 ? 3000 : 30, random);
     // NUL characters are taken away first, and a carriage return before a line end is part of it.
     std::string plain = line;
     std::erase(plain, '\0');
@@ -73,11 +66,11 @@ TEST(Folding, IsTheLibrarys) {
   const Words halfWidth = {"a", "9", "b", ".", " ", "-", "\xB0\xA1", "\xD6\xD0"};
   std::mt19937 random(2);
   for (int i = 0; i < 5000; ++i) {
-    const std::string line = randomLine(words, random() % 60, random);
+    const std::string line = randomText(words, 60, random);
     ASSERT_EQ(textOf("gbk gbk no-simplify half-width fold-case", line),
               byLibrary("sbc2dbc counted case", line));
     ASSERT_EQ(textOf("gbk gbk no-simplify html", line), byLibrary("decodelibpage", line));
-    const std::string cut = randomLine(halfWidth, random() % 80, random);
+    const std::string cut = randomText(halfWidth, 80, random);
     const auto limit = static_cast<int>(1 + random() % 40);
     ASSERT_EQ(textOf("gbk gbk no-simplify truncate=" + std::to_string(limit), cut),
               byLibrary("sbc2dbc counted", cut, limit + 1))
