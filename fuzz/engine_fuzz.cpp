@@ -10,7 +10,7 @@ using namespace sgbk_test;
 std::string faultOf(const std::string& input) {
   constexpr std::size_t kHead = 8;
   if (input.size() < kHead) return "";
-  static const auto sources = sourceNames(), targets = targetNames();
+  static const auto sources = names(sgbk_sources), targets = names(sgbk_targets);
   const auto at = [&](std::size_t i) { return std::size_t{static_cast<unsigned char>(input[i])}; };
   const std::string setup = setupOf(sources[at(0) % sources.size()],
                                     targets[at(1) % targets.size()], at(2) + 256 * at(3));

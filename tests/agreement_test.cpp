@@ -1,5 +1,6 @@
 // Every conversion agrees with its obvious twin, in its result and in every byte of the
-// destination, and stays inside its buffers, on exhaustive and random input.
+// destination, and stays inside its buffers, on exhaustive and random input and on every row of the
+// example tables in docs/, which are true.
 
 #include <gtest/gtest.h>
 
@@ -96,6 +97,21 @@ TEST(TableLibrary, IsTheOneAskedFor) {
   const gchar_t userDefined = 0xA1AA;
   EXPECT_EQ(tables().simplified[userDefined] != CHINESE_SPACE_CHAR,
             std::getenv("SGBK_OTHER_TABLES") != nullptr);
+}
+
+TEST(Documentation, ExamplesAreTrue) {
+  EncodingConvertor::initializeInstance(nullptr);
+  const auto rows = rowsBelow("| operation | source | room | returns | destination |");
+  EXPECT_GT(rows.size(), 80u);
+  for (const auto& cells : rows) {
+    const Operation& operation = operationNamed(quoted(cells.at(0)));
+    const std::string src = quoted(cells.at(1));
+    const int room = std::stoi(cells.at(2));
+    const Outcome outcome = run(operation, src, Destination{room, '\x5A'});
+    EXPECT_EQ(outcome.result, std::stol(cells.at(3))) << cells[0] << cells[1];
+    EXPECT_TRUE(outcome.dest.starts_with(quoted(cells.at(4)))) << cells[0] << cells[1];
+    EXPECT_EQ(disagreement(operation, src, room), "");
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Agreement, testing::ValuesIn(operations()),

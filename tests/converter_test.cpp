@@ -49,12 +49,10 @@ TEST(Converter, WidensByItsTableAndNarrowsBack) {
   ASSERT_EQ(EncodingConvertor::initializeInstance(nullptr), 0);
   int narrow = 0;
   for (unsigned unit = 0; unit < 65536; ++unit) {
-    const auto widened = [&](unsigned uc) {
-      return EncodingConvertor::getInstance()->getucgvalue(static_cast<gchar_t>(uc));
-    };
-    ASSERT_EQ(widened(unit), tables().unicode[unit]);
-    const char c = sbcchar2dbc(static_cast<gchar_t>(unit));
-    EXPECT_TRUE(c == 0 || widened(static_cast<unsigned char>(c)) == unit) << unit;
+    const auto code = static_cast<gchar_t>(unit);
+    ASSERT_EQ(EncodingConvertor::getInstance()->getucgvalue(code), tables().unicode[code]);
+    const char c = sbcchar2dbc(code);
+    EXPECT_TRUE(c == 0 || tables().unicode[static_cast<unsigned char>(c)] == code) << code;
     narrow += c != 0;
   }
   EXPECT_EQ(narrow, 0x7E - 0x21 + 1);
@@ -67,7 +65,7 @@ TEST(Converter, ServesManyThreadsWhileItIsMade) {
     while (EncodingConvertor::getInstance() == nullptr) std::this_thread::yield();
     std::mt19937 random(seed);
     for (const Operation& operation : operations()) {
-      std::string text = operation.alphabet();
+      std::string text;
       for (int k = 0; k < 2000; ++k) text += operation.randomCharacter(random);
       EXPECT_EQ(disagreement(operation, text, operation.enough(text.size())), "");
       EXPECT_EQ(EncodingConvertor::initializeInstance(nullptr), 0);

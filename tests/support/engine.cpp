@@ -13,14 +13,6 @@
 namespace sgbk_test {
 namespace {
 
-Words names(const sgbk_encoding* (*table)(size_t*)) {
-  size_t count;
-  const sgbk_encoding* const rows = table(&count);
-  Words result;
-  for (std::size_t i = 0; i < count; ++i) result.push_back(rows[i].name);
-  return result;
-}
-
 // Whole characters beside bytes that break them, in hexadecimal; neighbors belong together.
 const std::string kBytes =
     "A140 A1A1 B0A1 F377 C5E9 A3C1 A1B9 FEFE AAA1 8130 84319530 84319533 9439FC36 A3BC A1EE A1A3 "
@@ -46,8 +38,13 @@ Words split(const std::string& text, char separator) {
   return words;
 }
 
-Words sourceNames() { return names(sgbk_sources); }
-Words targetNames() { return names(sgbk_targets); }
+Words names(const sgbk_encoding* (*table)(size_t*)) {
+  size_t count;
+  const sgbk_encoding* const rows = table(&count);
+  Words result;
+  for (std::size_t i = 0; i < count; ++i) result.push_back(rows[i].name);
+  return result;
+}
 
 Handle open(const std::string& setup) {
   const Words words = split(setup, ' ');
@@ -107,7 +104,7 @@ Converted convert(sgbk_converter* c, std::string_view text, const Pieces& pieces
     at += piece.size();
     // Sometimes the end is told by a piece of no bytes.
     const bool isLast = at == text.size() && (pieces.empty() || i % 2 == 0 || piece.empty());
-    char* const in = buffer.last(piece.size());
+    char* const in = buffer.room(piece.size());
     piece.copy(in, piece.size());
     const char* out;
     std::size_t size;
@@ -202,6 +199,17 @@ std::string disagreement(const std::string& setup, const std::string& text, cons
   }
 
   const std::string from = split(setup, ' ')[0], to = split(setup, ' ')[1];
+  const Handle open = sgbk_test::open("auto utf-8");
+  for (std::size_t at = 0, i = 0; from == "auto" && at < text.size(); ++i) {
+    const std::string part = text.substr(at, pieces[i % pieces.size()]);
+    at += part.size();
+    const char* const found = sgbk_detect(text.data(), at, 0);
+    if (feed(open.get(), part) != SGBK_OK) break;
+    if (sgbk_source(open.get()) != std::string(found != nullptr ? found : "auto")) {
+      return told("auto takes it for something else than detect: " + toHex(text.substr(0, at)));
+    }
+  }
+
   const auto has = [&](const char* option) { return setup.find(option) != setup.npos; };
   // These say something of the input as a whole, and what was ASCII before HZ was found stays so.
   const bool isWhole =

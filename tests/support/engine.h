@@ -52,9 +52,8 @@ std::string widened(const std::string& gbk);
 // What the library's operation of this name writes; a capacity of 0 stands for enough.
 std::string byLibrary(const std::string& operation, const std::string& text, int capacity = 0);
 
-// The first names.
-Words sourceNames();
-Words targetNames();
+// The first names in a table of encodings.
+Words names(const sgbk_encoding* (*table)(size_t*));
 
 // A setup with the options that the bits choose, leaving out what excludes what.
 std::string setupOf(const std::string& from, const std::string& to, std::size_t bits);
@@ -65,8 +64,8 @@ Words wordsOf(const std::string& source);
 std::string randomText(const Words& words, std::size_t most, std::mt19937& random);
 
 // Empty, or what is wrong: the setup gives something else for the text cut up, or line by line,
-// than for the whole; strict does not stop before the first loss; the account does not fit the
-// input; the output is not text of the target.
+// than for the whole; strict does not stop before the first loss; auto and detect differ; the
+// account does not fit the input; the output is not text of the target.
 std::string disagreement(const std::string& setup, const std::string& text, const Pieces& pieces);
 
 // The end of the line that begins at `at`; the text's when it has none.

@@ -22,9 +22,10 @@ class GuardedBuffer {
     if (base == MAP_FAILED || mprotect(begin_, most, PROT_READ | PROT_WRITE) != 0) std::abort();
   }
 
-  // The bytes behind the first page, and the last `size` bytes before the second one.
-  char* first() const { return begin_; }
-  char* last(std::size_t size) const { return end_ - size; }
+  // Room for `size` bytes behind the first page or before the second one.
+  char* room(std::size_t size, bool isAtFirst = false) const {
+    return isAtFirst ? begin_ : end_ - size;
+  }
 
  private:
   char* begin_;

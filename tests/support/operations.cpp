@@ -143,8 +143,8 @@ Outcome run(const Operation& operation, const std::string& src, Destination to) 
   static thread_local const GuardedBuffer output(1 << 22);
   const std::size_t bytes = src.size() + (operation.isTerminated() ? 1 : 0);
   const auto size = static_cast<std::size_t>(std::max(to.size, 0) * operation.elementSize());
-  char* const text = to.isAtFirst ? input.first() : input.last(bytes);
-  char* const dest = to.isAtFirst ? output.first() : output.last(size);
+  char* const text = input.room(bytes, to.isAtFirst);
+  char* const dest = output.room(size, to.isAtFirst);
   std::memcpy(text, src.c_str(), bytes);
   std::memset(dest, to.fill, size);
   // For the memory sanitizer the destination holds nothing before the library writes there.

@@ -18,20 +18,16 @@ namespace {
 
 const std::string kText =
     "&copy; \xE4\xB8\xAD\xE6\x96\x87\xE5\xAD\x97\n" + std::string(2000, 'x') + "\xF0\x9F\x98\x80\n";
-const char* const kOptions[][2] = {{"entities", nullptr},
-                                   {"trim-punct", nullptr},
-                                   {"declare", nullptr},
-                                   {"losses", nullptr},
-                                   {"replace", "a longer one: \xE3\x80\x93"}};
 
 // From opening to closing; whether there was memory for all of it.
 bool convertWithFailures(const char* from, long allocations) {
   allocationsLeft = allocations;
   const Handle c(sgbk_open(from, "gbk"));
   sgbk_result result = c == nullptr ? SGBK_NO_MEMORY : SGBK_OK;
-  for (const auto& [option, value] : kOptions) {
-    if (result == SGBK_OK) result = sgbk_set(c.get(), option, value);
+  for (const char* const option : {"entities", "trim-punct", "declare", "losses"}) {
+    if (result == SGBK_OK) result = sgbk_set(c.get(), option, nullptr);
   }
+  if (result == SGBK_OK) result = sgbk_set(c.get(), "replace", "a longer one: \xE3\x80\x93");
   if (result == SGBK_OK) result = feed(c.get(), kText, true);
   allocationsLeft = -1;
   if (result == SGBK_OK || c == nullptr) return result == SGBK_OK;
@@ -73,8 +69,8 @@ TEST(Interface, NeedsNoMoreMemoryForMoreText) {
 TEST(Interface, LeavesTheLibrarysObjectToItsCaller) {
   const Handle first = open("big5 utf-8");
   EncodingConvertor::clear();
-  for (const std::string& from : sourceNames()) {
-    for (const std::string& to : targetNames())
+  for (const std::string& from : names(sgbk_sources)) {
+    for (const std::string& to : names(sgbk_targets))
       convert(setupOf(from, to, 7), "a\n\xA4\xA4 &amp;\n");
   }
   EXPECT_EQ(convert(first.get(), "\xA4\xA4", {}).text, "\xE4\xB8\xAD");
@@ -89,7 +85,8 @@ TEST(Interface, ServesManyThreadsFromTheFirstCallOn) {
       for (--waiting; waiting != 0;) std::this_thread::yield();
       std::mt19937 random(i % 2);
       for (int k = 0; k < 40; ++k) {
-        const std::string setup = setupOf("auto", targetNames()[random() % 6], random() & random());
+        const std::string setup =
+            setupOf("auto", names(sgbk_targets)[random() % 6], random() & random());
         EXPECT_EQ(disagreement(setup, randomText(wordsOf("utf-8"), 50, random), {3}), "");
       }
     });
@@ -108,18 +105,16 @@ TEST(Interface, WorksInTheChildOfAFork) {
       textOf("utf-8 big5 traditional", "\xE4\xBA\x91");
     }
   });
-  for (const std::string to : {"gbk", "utf-16le"}) {
-    for (int i = 0; i < 50; ++i) {
-      const pid_t child = fork();
-      if (child == 0) {
-        alarm(20);
-        EncodingConvertor::initializeInstance(nullptr);
-        _exit(textOf("utf-8 " + to, "a")[0] == 'a' ? 0 : 1);
-      }
-      int status;
-      ASSERT_EQ(waitpid(child, &status, 0), child);
-      EXPECT_EQ(status, 0);
+  for (int i = 0; i < 100; ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20);
+      EncodingConvertor::initializeInstance(nullptr);
+      _exit(textOf(i % 2 == 0 ? "utf-8 gbk" : "utf-8 utf-16le", "a")[0] == 'a' ? 0 : 1);
     }
+    int status;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
   }
   isDone = true;
 }
@@ -153,8 +148,6 @@ TEST(Interface, SaysWhatIsWrong) {
   for (const char* const name : {"", "//IGNORE", "utf-7", "-"}) {
     EXPECT_TRUE(sgbk_source_name(name) == nullptr && sgbk_target_name(name) == nullptr) << name;
   }
-  EXPECT_STREQ(sgbk_source_name("Big-5//TRANSLIT"), "big5");
-  EXPECT_STREQ(sgbk_target_name("UTF8"), "utf-8");
 }
 
 TEST(Interface, ThrowsErrorsInCpp) {

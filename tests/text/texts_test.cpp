@@ -1,4 +1,5 @@
-// What docs/ shows of whole texts, and the stages against the library's operations on whole lines.
+// Whole texts: what docs/ shows of them, the stages against the library's operations on lines, and
+// what must hold for every input, however it comes and whatever is asked.
 
 #include <gtest/gtest.h>
 
@@ -75,6 +76,49 @@ TEST(Folding, IsTheLibrarys) {
     ASSERT_EQ(textOf("gbk gbk no-simplify truncate=" + std::to_string(limit), cut),
               byLibrary("sbc2dbc counted", cut, limit + 1))
         << toHex(cut) << " to " << limit;
+  }
+}
+
+TEST(EveryInput, GivesTheSameInPiecesAndInLines) {
+  std::mt19937 random(1);
+  for (int i = 0; i < 150 && !HasFailure(); ++i) {
+    for (const std::string& from : names(sgbk_sources)) {
+      for (const std::string& to : names(sgbk_targets)) {
+        const bool isOpen = from == "auto";
+        const std::string kind =
+            isOpen ? names(sgbk_sources)[random() % names(sgbk_sources).size()] : from;
+        const std::string text = randomText(wordsOf(kind), random() % 8 == 0 ? 400 : 12, random);
+        const Pieces pieces = {random() % 12, random() % 3, random() % 12, 1 + random() % 12};
+        EXPECT_EQ(disagreement(setupOf(from, to, random() & random()), text, pieces), "");
+      }
+    }
+  }
+}
+
+TEST(Strict, KeepsWholeLinesAlsoBehindOneTooLongToHold) {
+  const std::string lines = std::string(300000, 'a') + "\xA4\xA4\n" + "b\xA4\xA4\nc\n";
+  for (const Pieces& pieces :
+       {Pieces{}, {1 << 18}, {100000}, {(1 << 18) + 1, 0}, {300001, 7}, {300003}}) {
+    const Converted converted = convert("big5 gbk strict", lines + "x\xFF\n", pieces);
+    EXPECT_TRUE(converted.text == textOf("big5 gbk", lines)) << pieces.size();
+    EXPECT_EQ(converted.error, "line 4, byte 300010: FF is malformed");
+  }
+  const std::string lossy = "c\n" + std::string(300000, 'a') + "\xFF\n";
+  EXPECT_EQ(convert("big5 gbk strict", lossy, {}).text, "c\n");
+}
+
+TEST(Auto, WritesAsciiAtOnce) {
+  const std::string text = "<html>\r\n<body>text ~ \x7F\n" + std::string(300000, 'x') + "~\n";
+  const Handle c = open("auto utf-8");
+  std::size_t written = 0;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char* out;
+    std::size_t size;
+    ASSERT_EQ(sgbk_convert(c.get(), &text[at], 1, 0, &out, &size), SGBK_OK);
+    written += size;
+    // In UTF-16 a NUL may follow at the beginning; a tilde may begin an escape.
+    if (at < 16) continue;
+    ASSERT_EQ(written, text[at] == '~' ? at : at + 1) << at;
   }
 }
 
