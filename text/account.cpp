@@ -33,8 +33,7 @@ std::uint64_t countUnits(std::string_view text, ElementOf<Vector> wanted) {
 void Account::countTo(const Byte* end) {
   const std::string_view text(reinterpret_cast<const char*>(counted_),
                               static_cast<std::size_t>(end - counted_));
-  counts.lines += !source                    ? 0
-                  : source == Source::ucs2le ? countUnits<Units>(text, '\n')
+  counts.lines += source == Source::ucs2le   ? countUnits<Units>(text, '\n')
                   : source == Source::ucs2be ? countUnits<Units>(text, '\n' << 8)
                                              : countUnits<Bytes>(text, '\n');
   counts.bytes += text.size();

@@ -32,8 +32,8 @@ struct Account {
   }
   std::uint64_t lost() const;
 
-  std::optional<Source> source;  // says what a line feed is; without it none is counted
-  bool isListed = false;         // losses are not only counted
+  Source source = Source::automatic;  // says what a line feed is
+  bool isListed = false;              // losses are not only counted
   bool isStrict = false;
   sgbk_counts counts = {};
   std::vector<sgbk_loss> losses;

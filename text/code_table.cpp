@@ -17,7 +17,7 @@ constexpr bool isMarkup(gchar_t unit) {
 }
 
 Entry ofAscii(const CodeTable& table, char c) {
-  const bool isTarget = table.key.form == Form::target;
+  const bool isTarget = !table.key.isMiddle;
   const auto byte = static_cast<Byte>(table.key.foldCase ? lower(c) : c);
   if (isTarget && table.key.target == Target::gbkWide)
     return 2u << 24 | table.library.widened[byte];
@@ -35,7 +35,7 @@ Entry ofCodePoint(const CodeTable& table, CodePoint c) {
 // c  the code point that it was in the source, for the account of losses
 Entry ofUnit(const CodeTable& table, gchar_t unit, CodePoint c) {
   const TableKey& key = table.key;
-  const bool isTarget = key.form == Form::target;
+  const bool isTarget = !key.isMiddle;
   if (key.foldCase) unit = toLowerCase(unit);
   if (key.html && isMarkup(unit))
     return isTarget ? rareEntry(Rare::markup, trailOf(unit) - 0x80u) : entryFor(unit);
@@ -78,8 +78,8 @@ Entry entryAt(const CodeTable& table, gchar_t index) {
 CodeTable::CodeTable(const TableKey& tableKey) : key(tableKey) {
   for (unsigned i = 0; i < entries.size(); ++i)
     entries[i] = entryAt(*this, static_cast<gchar_t>(i));
-  for (std::size_t i = 0; key.codes == Codes::unicode && i < library.replacements.size(); ++i) {
-    const CodePoint c = library.replacements[i].c;
+  for (std::size_t i = 0; key.codes == Codes::unicode && i < std::size(kReplacements); ++i) {
+    const CodePoint c = kReplacements[i].c;
     if (entries[c] == rareEntry(Rare::lacking, c))
       entries[c] = rareEntry(Rare::replaced, static_cast<CodePoint>(i));
   }
@@ -103,7 +103,7 @@ Sequence CodeTable::encode(CodePoint c) const {
     case Target::utf8: bytes = utf8Of(c); break;
     case Target::utf16le: bytes = utf16leOf(c); break;
   }
-  return key.form == Form::middle && bytes.size != 0 ? fourBytesOf(c) : bytes;
+  return key.isMiddle && bytes.size != 0 ? fourBytesOf(c) : bytes;
 }
 
 const CodeTable& codeTable(const TableKey& key) { return madeOnce<CodeTable>(key); }

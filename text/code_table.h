@@ -36,19 +36,14 @@ struct LibraryTables {
   // False when the loaded table is not the one that toTraditionalBig5 is a variant of.
   bool hasTraditional = true;
 
-  // ASCII for some characters where the target lacks them: what stands for their entities.
-  struct Replacement {
-    CodePoint c;
-    const char* entity;
-    char ascii[4] = {};
-
-    std::string_view view() const { return ascii; }
-  };
-  std::array<Replacement, 4> replacements{
-      {{0xA9, "copy"}, {0xBC, "frac14"}, {0xBD, "frac12"}, {0x2122, "trade"}}};
-
   LibraryTables();
 };
+
+// Characters that, where the target lacks them, have ASCII for their entities.
+inline constexpr struct {
+  CodePoint c;
+  const char* entity;
+} kReplacements[] = {{0xA9, "copy"}, {0xBC, "frac14"}, {0xBD, "frac12"}, {0x2122, "trade"}};
 
 // Creates the process's converter the first time, if there is none. Throws std::bad_alloc.
 const LibraryTables& libraryTables();

@@ -58,7 +58,7 @@ void Converter::reset() {
 TableKey Converter::key(Codes codes) const {
   TableKey key = options_;
   key.codes = codes;
-  key.form = hasMiddle() ? Form::middle : Form::target;
+  key.isMiddle = hasMiddle();
   key.halfWidth |= key.html;
   return key;
 }

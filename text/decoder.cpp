@@ -45,18 +45,17 @@ void Decoder::append(Entry entry) {
 void Decoder::put(Entry entry, const Byte* p, std::size_t size, CodePoint c) {
   account_.addCharacters(1);
   if (!isRare(entry)) return append(entry);
+  char ascii[4] = {static_cast<char>(codePointOf(entry))};
   switch (kindOf(entry)) {
     case Rare::malformed: return lose(SGBK_MALFORMED, p, size, c);
     case Rare::undefined: return lose(SGBK_UNDEFINED, p, size, c);
     case Rare::lacking: return lose(SGBK_NOT_IN_TARGET, p, size, c);
     case Rare::beyond: return out_->append(table_->encode(codePointOf(entry)).view());
-    case Rare::markup: return putEscaped(static_cast<char>(codePointOf(entry)));
+    case Rare::markup: return putEscaped(ascii);
     case Rare::replaced:
       account_.add(SGBK_REPLACED, p, size, c);
-      for (const char part : table_->library.replacements[codePointOf(entry)].view()) {
-        putEscaped(part);
-      }
-      return;
+      deEscHtml(kReplacements[codePointOf(entry)].entity, ascii);
+      return putEscaped(ascii);
     case Rare::nothing: return;
   }
 }
@@ -74,18 +73,23 @@ void Decoder::lose(sgbk_reason reason, const Byte* p, std::size_t size, CodePoin
 }
 
 // Text that was not in the page as such: it must not become markup.
-void Decoder::putEscaped(char c) {
-  const std::string_view escaped = !table_->key.html ? ""
-                                   : c == '&'        ? "&amp;"
-                                   : c == '<'        ? "&lt;"
-                                   : c == '>'        ? "&gt;"
-                                   : c == '"'        ? "&#34;"
-                                   : c == '\''       ? "&#39;"
-                                                     : "";
-  if (escaped.empty()) return putAscii(c);
-  const bool isWidened = table_->key.form == Form::middle && c != '"' && c != '\'';
-  if (isWidened) return append(unicode().entries[static_cast<Byte>(c) + kFullWidthShift]);
-  for (const char part : escaped) putAscii(part);
+void Decoder::putEscaped(std::string_view text) {
+  for (const char c : text) {
+    const std::string_view escaped = !table_->key.html ? ""
+                                     : c == '&'        ? "&amp;"
+                                     : c == '<'        ? "&lt;"
+                                     : c == '>'        ? "&gt;"
+                                     : c == '"'        ? "&#34;"
+                                     : c == '\''       ? "&#39;"
+                                                       : "";
+    if (escaped.empty()) {
+      putAscii(c);
+    } else if (table_->key.isMiddle && c != '"' && c != '\'') {
+      append(unicode().entries[static_cast<Byte>(c) + kFullWidthShift]);
+    } else {
+      for (const char part : escaped) putAscii(part);
+    }
+  }
 }
 
 std::size_t Decoder::takeReference(std::string_view text, bool ended, const Byte* p,
@@ -125,7 +129,7 @@ bool Decoder::resolve(const Reference& reference, const Byte* p, std::size_t siz
     account_.add(SGBK_REPLACED, p, size, c);
   }
   account_.addCharacters(1);
-  for (const char part : std::string_view(ascii)) putEscaped(part);
+  putEscaped(ascii);
   return true;
 }
 

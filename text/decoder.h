@@ -113,7 +113,7 @@ class Decoder {
   void append(Entry entry);
   void lose(sgbk_reason reason, const Byte* p, std::size_t size, CodePoint c);
   bool resolve(const Reference& reference, const Byte* p, std::size_t size);
-  void putEscaped(char c);
+  void putEscaped(std::string_view ascii);
   const CodeTable& unicode();
 
   const CodeTable* table_ = nullptr;

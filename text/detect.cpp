@@ -58,9 +58,8 @@ Detector::Reading::Reading(Source readAs)
 }
 
 void Detector::Reading::take(std::string_view held, bool ended) {
-  const std::string_view rest = held.substr(taken);
+  const std::string_view rest = held.substr(account.counts.bytes);
   const std::size_t size = decoder->take(rest, ended);
-  taken += size;
   const Byte* const bytes = bytesOf(rest.data());
   for (std::size_t i = 0; source == Source::big5 && i + 1 < size; ++i) {
     if (!isAscii(bytes[i])) lowTrails += isAscii(bytes[++i]);
@@ -113,13 +112,12 @@ std::size_t Detector::asciiPrefix(std::string_view held, bool ended) const {
   }
   const bool hasLine = held.substr(0, size).rfind('\n') + 1 >= kSurelyLine;
   const bool isSure =
-      released_ != 0 || size >= kSurelyAscii || hasLine || (ended && size == held.size());
+      !head_.empty() || size >= kSurelyAscii || hasLine || (ended && size == held.size());
   return isSure ? size : 0;
 }
 
 void Detector::release(Verdict& verdict, std::string_view ascii) {
   head_.append(ascii.substr(0, kDeclarationBytes - head_.size()));
-  released_ += ascii.size();
   verdict.ascii += ascii.size();
   std::erase_if(readings_, [](const Reading& reading) { return isUnits(reading.source); });
 }
@@ -142,7 +140,7 @@ Detector::Verdict Detector::look(std::string_view held, bool ended) {
     if (held.size() >= 2 || ended) verdict.source = isBigEndian ? Source::ucs2be : Source::ucs2le;
     return verdict;
   }
-  if (released_ == 0 && judged_ == 0) {
+  if (head_.empty() && judged_ == 0) {
     for (const auto& [mark, source] : kMarks) {
       if (held.starts_with(mark)) return {0, source, source ? "" : kUtf32};
       if (!ended && mark.starts_with(held)) return verdict;
@@ -168,7 +166,7 @@ Detector::Verdict Detector::look(std::string_view held, bool ended) {
     if (judged_ == 0 && std::ranges::all_of(line, isAsciiCharacter)) {
       if (isHz(line)) verdict.source = Source::hz;
       // In UTF-16 a NUL may follow.
-      const bool isSure = released_ != 0 || end >= kSurelyAscii;
+      const bool isSure = !head_.empty() || end >= kSurelyAscii;
       const bool isNextSeen = end != rest.size() || isAll;
       if (verdict.source || (!isSure && !isNextSeen)) return verdict;
       if (!isLast && (isSure || end == rest.size() || rest[end] != '\0')) {

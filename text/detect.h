@@ -55,7 +55,6 @@ class Detector {
     Account account;
     Buffer out;
     std::unique_ptr<Decoder> decoder;
-    std::size_t taken = 0;     // bytes of the input
     std::uint64_t beyond = 0;  // characters beyond ASCII
     std::uint64_t rare = 0;    // those of them that few texts have
     std::uint64_t nuls = 0;
@@ -72,8 +71,7 @@ class Detector {
   const Reading* declared(std::string_view held) const;
 
   const Source asked_;
-  std::string head_;              // the first bytes of the input, for declarations
-  std::size_t released_ = 0;      // bytes that were ASCII
+  std::string head_;              // the first bytes of what was ASCII, for declarations
   std::size_t judged_ = 0;        // bytes of `held` that have been read
   std::uint64_t highBytes_ = 0;   // of 80 and more
   std::uint64_t others_ = 0;      // of these, from C4 on: no accents of Western Europe in UTF-8

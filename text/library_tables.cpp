@@ -59,8 +59,6 @@ LibraryTables::LibraryTables() {
     if (unit != kUnmapped && isGbkCharacter(unit)) fromUnicode[c] = unit;
   }
 
-  for (Replacement& row : replacements) deEscHtml(row.entity, row.ascii);
-
   std::erase_if(gbkCodes, [](gchar_t code) { return !isGbkCharacter(code); });
   const std::string text(reinterpret_cast<const char*>(gbkCodes.data()), 2 * gbkCodes.size());
   std::string big5(text.size() + 4, '\0');

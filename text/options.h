@@ -35,14 +35,12 @@ std::span<const sgbk_encoding> targets();
 // single byte is ASCII in all of them.
 enum class Codes : std::uint8_t { big5, gbk, unicode };
 
-// middle  written is not the target yet, but GBK text in which what GBK lacks has four bytes
-enum class Form : std::uint8_t { target, middle };
-
 // All that the table of a conversion depends on.
 struct TableKey {
   Codes codes = Codes::gbk;
   Target target = Target::gbk;
-  Form form = Form::target;
+  // Written is not the target yet, but GBK text in which what GBK lacks has four bytes.
+  bool isMiddle = false;
   bool simplify = true;
   bool halfWidth = false;
   bool foldCase = false;
