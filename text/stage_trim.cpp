@@ -12,7 +12,7 @@ namespace sgbk::text {
 namespace {
 
 // rare  line ends, blanks that are not written as they are, NUL, and what has four bytes
-enum Kind : Byte { kOrdinary, kMark, kBlank, kShape, kRare, kKinds };
+enum Kind : Byte { kOrdinary, kMark, kBlank, kShape, kRare };
 
 struct Kinds {
   std::array<Kind, 0x10000> of{};  // by unit, or by ASCII byte
@@ -48,12 +48,8 @@ constexpr unsigned kRun = 4 * kStride;        // the first of eight punctuation 
 constexpr unsigned kRunBlank = 12 * kStride;  // ... the same with a blank as the last of the run
 constexpr unsigned kNoStep = 20 * kStride;    // the ninth, or what is rare
 
-struct Step {
-  unsigned next;
-  bool keeps;
-};
-
-constexpr Step stepOf(unsigned state, unsigned kind) {
+// The next state, and whether the character is kept.
+constexpr std::pair<unsigned, bool> stepOf(unsigned state, unsigned kind) {
   const bool isRun = state >= kRun;
   const unsigned length = isRun ? (state - kRun) % (8 * kStride) + kStride : 0;
   const bool isLongest = length == 8 * kStride;
@@ -72,21 +68,18 @@ constexpr Step stepOf(unsigned state, unsigned kind) {
 }
 
 // Two tables, since the next state is what the character after it waits for.
-struct Steps {
+constexpr struct Steps {
   std::array<Byte, kNoStep> next{};
   std::array<Byte, kNoStep> keeps{};  // all bits, or none
-};
 
-constexpr auto kSteps = [] {
-  Steps steps;
-  for (unsigned i = 0; i < kNoStep; ++i) {
-    if (i % kStride >= kKinds) continue;
-    const Step step = stepOf(i - i % kStride, i % kStride);
-    steps.next[i] = static_cast<Byte>(step.next);
-    steps.keeps[i] = step.keeps ? 0xFF : 0;
+  constexpr Steps() {
+    for (unsigned i = 0; i < kNoStep; ++i) {
+      const auto [state, isKept] = stepOf(i - i % kStride, i % kStride);
+      next[i] = static_cast<Byte>(state);
+      keeps[i] = isKept ? 0xFF : 0;
+    }
   }
-  return steps;
-}();
+} kSteps;
 
 class TrimStage : public Stage {
  public:
