@@ -101,7 +101,7 @@ class DecodingLoop : public Decoder {
         Block stops = block & inEveryByte(0x80);
         if constexpr (references) stops |= firstByteEqualTo(block, '&');
         if constexpr (Shape::kEscape != 0) stops |= firstByteEqualTo(block, Shape::kEscape);
-        if (stops == 0) {
+        if (stops == 0) [[likely]] {
           out = putAsciiBlock<form>(block, kBlockBytes, entries_, out);
           ascii.count += kBlockBytes;
           p += Shape::kUnit * kBlockBytes;
