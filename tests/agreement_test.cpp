@@ -104,7 +104,7 @@ TEST(Documentation, ExamplesAreTrue) {
   const auto rows = rowsBelow("| operation | source | room | returns | destination |");
   EXPECT_GT(rows.size(), 80u);
   for (const auto& cells : rows) {
-    const Operation& operation = operationNamed(quoted(cells.at(0)));
+    const Operation operation = operationNamed(quoted(cells.at(0)));
     const std::string src = quoted(cells.at(1));
     const int room = std::stoi(cells.at(2));
     const Outcome outcome = run(operation, src, Destination{room, '\x5A'});
