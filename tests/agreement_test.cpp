@@ -94,8 +94,8 @@ TEST_P(Agreement, NegativeSizesAreNoText) {
 
 // The same tests run once more with another table library in the place of ours.
 TEST(TableLibrary, IsTheOneAskedFor) {
-  const gchar_t userDefined = 0xA1AA;
-  EXPECT_EQ(tables().simplified[userDefined] != CHINESE_SPACE_CHAR,
+  // A user-defined code.
+  EXPECT_EQ(tables().simplified[0xA1AA] != CHINESE_SPACE_CHAR,
             std::getenv("SGBK_OTHER_TABLES") != nullptr);
 }
 

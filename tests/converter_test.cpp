@@ -86,8 +86,7 @@ TEST(Converter, ServesManyThreadsWhileItIsMade) {
 
 TEST(Locale, TellsWhatACutWordIs) {
   ASSERT_EQ(EncodingConvertor::initializeInstance(nullptr), 0);
-  std::string text;
-  for (int i = 0; i < 20; ++i) text += "\xB0\xA1";
+  const std::string text(40, '\xC4');
   const int size = static_cast<int>(text.size());
   char dest[30];
   for (const bool above : {false, true}) {

@@ -98,7 +98,7 @@ if embedded.read_bytes() not in tables.read_bytes():
     failures.append("another table of Big5 is embedded")
 
 
-def shown(code, characters):
+def shown(code, characters=gbk):
     """A code as the ideograph that it stands for, or as a number."""
     character = characters.get(code, "")
     return character if "\u3400" <= character < "\uE000" else f"{code:04X}"
@@ -154,18 +154,14 @@ def expected_big5(code, traditional_first=False):
     return next(filter(is_common, both), own or other or BIG5_MISSING)
 
 
-def shown_cell(code):
-    return shown(code, gbk)
-
-
-compare("gbkt2s", gbkt2s, CODES, simplified_cell, shown_cell)
+compare("gbkt2s", gbkt2s, CODES, simplified_cell, shown)
 compare("uc2sgbk", uc2sgbk, range(0x80, 0x10000), lambda c: expected_form(chr(c)), "U+{:04X}".format)
 compare("big52sgbk", big52sgbk, CODES, big5_form, "{:04X}".format)
 own, first = by_code("gbk2big5"), by_code("gbk2big5_traditional_first")
-compare("gbk2big5", own, range(0x10000), expected_big5, shown_cell, big5)
+compare("gbk2big5", own, range(0x10000), expected_big5, shown, big5)
 # Where both take the character's own code, one list is enough.
 known = {code for code in range(0x10000) if first[code] == own[code] != expected_big5(code)}
 compare("gbk2big5_traditional_first", first, {*range(0x10000)} - known,
-        lambda code: expected_big5(code, True), shown_cell, big5)
+        lambda code: expected_big5(code, True), shown, big5)
 
 sys.exit("\n".join(failures) or 0)

@@ -1,10 +1,7 @@
 #include "support/engine.h"
 
-#include <sgbk/EncodingConvertor.h>
-
 #include <algorithm>
 #include <cstdio>
-#include <iterator>
 
 #include "support/guarded_buffer.h"
 #include "support/hex.h"
@@ -25,6 +22,17 @@ const std::string kHz = kBytes + " 7E7B2A217E7D 7E7B 7E7D 7E7E 7E0A 7E 3C56 2121
 const std::string kUnits =
     "6100 5A00 3C00 2000 0A00 0D000A00 2600 26006C0074003B00 260023003600 2D00 2D4E D49A FFFE "
     "FEFF 3DD8 00DE 3DD800DE A900 E900 21FF 1CFF 0030 050A 0A01 0000";
+
+// The end of the line that begins at `at`; the text's when it has none.
+std::size_t endOfLine(const std::string& source, std::string_view text, std::size_t at) {
+  const std::size_t unit = source.starts_with("ucs-2") ? 2 : 1;
+  const std::string_view lineFeed =
+      unit == 1 ? "\n" : std::string_view(source == "ucs-2be" ? "\0\n" : "\n\0", 2);
+  for (; at < text.size(); at += unit) {
+    if (text.substr(at, unit) == lineFeed) return at + unit;
+  }
+  return text.size();
+}
 
 }  // namespace
 
@@ -162,16 +170,6 @@ std::string randomText(const Words& words, std::size_t most, std::mt19937& rando
     for (std::size_t n = random() % 8 == 0 ? random() % 12 : 1; n-- > 0;) text += word;
   }
   return text;
-}
-
-std::size_t endOfLine(const std::string& source, std::string_view text, std::size_t at) {
-  const std::size_t unit = source.starts_with("ucs-2") ? 2 : 1;
-  const std::string_view lineFeed =
-      unit == 1 ? "\n" : std::string_view(source == "ucs-2be" ? "\0\n" : "\n\0", 2);
-  for (; at < text.size(); at += unit) {
-    if (text.substr(at, unit) == lineFeed) return at + unit;
-  }
-  return text.size();
 }
 
 std::string disagreement(const std::string& setup, const std::string& text, const Pieces& pieces) {

@@ -68,9 +68,6 @@ std::string randomText(const Words& words, std::size_t most, std::mt19937& rando
 // account does not fit the input; the output is not text of the target.
 std::string disagreement(const std::string& setup, const std::string& text, const Pieces& pieces);
 
-// The end of the line that begins at `at`; the text's when it has none.
-std::size_t endOfLine(const std::string& source, std::string_view text, std::size_t at);
-
 }  // namespace sgbk_test
 
 #endif

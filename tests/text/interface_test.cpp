@@ -147,6 +147,7 @@ TEST(Interface, SaysWhatIsWrong) {
   EXPECT_STREQ(sgbk_error(c.get()), "");
   for (const char* const name : {"", "//IGNORE", "utf-7", "-"}) {
     EXPECT_TRUE(sgbk_source_name(name) == nullptr && sgbk_target_name(name) == nullptr) << name;
+    EXPECT_TRUE(sgbk_open(name, "gbk") == nullptr && sgbk_open("gbk", name) == nullptr) << name;
   }
 }
 
