@@ -28,6 +28,7 @@ class Buffer {
 
   void clear() { size_ = 0; }
   void removePrefix(std::size_t size) {
+    if (size == 0) return;
     size_ -= size;
     if (size_ != 0) std::memmove(bytes_.get(), bytes_.get() + size, size_);
   }

@@ -47,7 +47,7 @@ void Converter::set(const char* option, const char* value) {
 
 void Converter::reset() {
   isEnded_ = isStarted_ = isWhole_ = false;
-  given_ = 0;
+  given_ = held_ = 0;
   account_ = Account();
   for (Buffer* buffer : {&out_, &unfound_, &carried_, &middle_, &staged_[0], &staged_[1]})
     buffer->clear();
@@ -112,6 +112,7 @@ void Converter::setForm() {
 void Converter::convert(std::string_view in, bool last) {
   out_.removePrefix(isEnded_ ? out_.size() : given_);
   given_ = 0;
+  if (!isHeldBefore()) held_ = out_.size();
   account_.losses.clear();
   if (isEnded_) throw Failure{SGBK_USAGE, "the input has ended: reset comes first"};
   isEnded_ = true;  // should anything be thrown
@@ -207,14 +208,17 @@ void Converter::takeThroughStages(bool last) {
   const std::string_view text = isHeldBefore() ? wholeLines(in->view(), false, last) : in->view();
   encoder_->take(text, true);
   in->removePrefix(text.size());
+  if (isHeldBefore()) held_ = in->size();
 }
 
 // What of the text goes on: under strict only whole lines, unless one is too long to hold. At a
 // loss nothing of its line does.
 std::string_view Converter::wholeLines(std::string_view text, bool inUnits, bool last) const {
   if (!options_.strict || (last && !isStopped())) return text;
-  std::size_t lines = inUnits ? text.size() : text.rfind('\n') + 1;
-  while (inUnits && lines != 0 && (text[lines - 2] != '\n' || text[lines - 1] != '\0')) lines -= 2;
+  std::size_t lines = text.size();
+  while (lines > held_ && (inUnits ? loadUnit(bytesOf(&text[lines - 2])) : text[lines - 1]) != '\n')
+    lines -= inUnits ? 2 : 1;
+  if (lines == held_) lines = 0;
   return isStopped() || text.size() - lines < kMostHeld ? text.substr(0, lines) : text;
 }
 

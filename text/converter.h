@@ -58,6 +58,7 @@ class Converter {
   Account account_;
   Buffer out_;             // under strict with the beginning of a line, which stays
   std::size_t given_ = 0;  // of it by output()
+  std::size_t held_ = 0;   // under strict: bytes of that beginning
 
   // Finding the encoding.
   Source source_;
