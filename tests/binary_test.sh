@@ -1,12 +1,12 @@
 #!/bin/bash
 # Promises about the built libraries:
-#   binary_test.sh LIBSGBK LIBTABLES EXPORTED_SYMBOLS [LIBTEXT TEXT_H]
+#   binary_test.sh LIBSGBK LIBTABLES VERSION_SCRIPT [LIBTEXT TEXT_H]
 set -u
 library=$1 tables=$2 expected=$3 text=${4:-} failed=0
 fail() { echo "FAILED: $*" >&2; failed=1; }
 
-# Exactly the listed names are exported.
-diff <(grep -v '^#' "$expected" | LC_ALL=C sort -u) \
+# Each listed name is exported, and no other one.
+diff <(sed -nE 's/^ +"(.*)";$/\1/p; s/^ +(\w+);$/\1/p' "$expected" | LC_ALL=C sort -u) \
   <(nm -D --defined-only --format=posix "$library" | cut -d' ' -f1 | c++filt | LC_ALL=C sort -u) ||
   fail "$library does not export what $expected lists"
 

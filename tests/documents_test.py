@@ -35,8 +35,8 @@ def checked_manual(name, header, exported):
     return manual
 
 
-names = root.joinpath("packaging/exported_symbols.txt").read_text(encoding="utf-8")
-checked_manual("sgbk.3", "EncodingConvertor.h", re.findall(r"^(?:\w+::)?(\w+)(?=\(|$)", names, re.MULTILINE))
+names = root.joinpath("packaging/libsgbk.map").read_text(encoding="utf-8")
+checked_manual("sgbk.3", "EncodingConvertor.h", re.findall(r'^ +"?(?:\w+::)?(\w+)[(;]', names, re.MULTILINE))
 header = root.joinpath("include/sgbk/text.h").read_text(encoding="utf-8")
 manual = checked_manual("sgbk_text.3", "text.hpp", re.findall(r"^SGBK_API.*\b(\w+)\(", header, re.MULTILINE))
 program = re.search(r"^\.Bd -literal\n(.*?)^\.Ed", manual, re.MULTILINE | re.DOTALL)[1].replace(r"\e", "\\")
