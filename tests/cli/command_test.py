@@ -154,7 +154,8 @@ class Account(Test):
                         "-i -o x -f big5 y", "--output=", "--report=", "-i -", "-i", "-i in",
                         "--max-reports=-1", "--progress=now", "--explain=\udcff", "--report=-",
                         "--quiet=3", "--f", "--output-dir=x -o y z", "--output-dir=x",
-                        "--check -o x", "-i/ -f big5 in"]:
+                        "--check -o x", "-i/ -f big5 in", "-i -f big5 --output-dir=x y",
+                        "--files-from=- -"]:
             status, out, message = run(*mistake.split(), env={"LC_ALL": "C.UTF-8"})
             self.assertEqual((status, out), (2, b""), mistake)
             self.assertIn("Try 'sgbk --help'", message)
