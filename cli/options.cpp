@@ -28,8 +28,8 @@ constexpr sgbk_option kOwn[] = {
     {"explain", "TEXT", 0, "show what becomes of each character of TEXT, and why"},
     {"list", nullptr, 'l', "list the encodings"},
     {"progress", "WHEN", 0, "auto, always or never"},
-    {"quiet", nullptr, 'q', "no account of losses, only errors"},
-    {"verbose", nullptr, 'v', "an account of every file"},
+    {"quiet", nullptr, 'q', "no summary of losses, only errors"},
+    {"verbose", nullptr, 'v', "a summary of every file"},
     {"help", nullptr, 'h', "this text"},
     {"version", nullptr, 'V', "version, and the SHA-256 of the loaded tables"},
 };

@@ -64,7 +64,7 @@ bool isSameSource(const std::string& given, const std::string& found) {
   return found == name || name == "auto" || (name == "ucs-2" && found.starts_with(name));
 }
 
-// One input after the other through the converter, with the account of each.
+// One input after the other through the converter, with a summary of each.
 class Conversion {
  public:
   // Throws UsageError for what the library does not know.
@@ -103,7 +103,7 @@ class Conversion {
       done_ += static_cast<double>(size);
       if (isProgressShown_) showProgress(done_, total_);
     }
-    account(input.name());
+    summarize(input.name());
     return result == SGBK_OK;
   }
 
@@ -138,7 +138,7 @@ class Conversion {
   }
 
  private:
-  void account(const std::string& name) const {
+  void summarize(const std::string& name) const {
     if (lost() != 0 &&
         (options_.has("strict") || options_.has("fail-on-loss") || options_.has("check"))) {
       tell(Status::losses, "");

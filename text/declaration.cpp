@@ -10,7 +10,7 @@ constexpr std::size_t kNowhere = std::string_view::npos;
 constexpr std::string_view kSpaces = " \t\n\v\f\r";
 constexpr std::string_view kValueEnds = " \t\n\v\f\r\"'<>;/?";
 
-// In any mixture of capitals and small letters.
+// In any mixture of upper and lower case.
 std::size_t findWord(std::string_view text, std::string_view word, std::size_t from = 0) {
   const auto found = std::search(
       text.begin() + static_cast<std::ptrdiff_t>(std::min(from, text.size())), text.end(),
