@@ -20,7 +20,7 @@ PAGE = os.path.join(SOURCE, "examples", "page.big5.html")
 
 class Surroundings(Test):
     def test_full_disk(self):
-        for words in [["-f", "big5", PAGE], ["--help"]]:
+        for words in [["-f", "big5", PAGE, PAGE], ["--help"]]:
             with open("/dev/full", "wb") as full:
                 self.assertEqual(run(*words, stdout=full), (3, None, (
                     "sgbk: standard output: write error: No space left on device\n")))
