@@ -88,8 +88,8 @@ std::uint64_t Detector::Reading::bad() const {
 Detector::Detector(Source asked) : asked_(asked) {
   if (asked == Source::ucs2) return;
   for (const Source source :
-       {Source::utf8, Source::gbk, Source::big5, Source::ucs2le, Source::ucs2be}) {
-    readings_.emplace_back(source);
+       {Source::ucs2be, Source::ucs2le, Source::big5, Source::gbk, Source::utf8}) {
+    readings_.emplace_front(source);
   }
 }
 

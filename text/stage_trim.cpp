@@ -81,6 +81,10 @@ constexpr struct Steps {
   }
 } kSteps;
 
+// Bytes of blanks that are held back at most, since the line may end. Runs of blanks are one blank
+// by then; only long runs of punctuation, dropped between them, leave more.
+constexpr std::ptrdiff_t kMostBlanks = 1024;
+
 class TrimStage : public Stage {
  public:
   std::size_t apply(std::string_view text, bool ended, Buffer& out) override {
@@ -108,7 +112,11 @@ class TrimStage : public Stage {
       return end[-1] == '\xA1' && end - begin >= 2 && end[-2] == '\xA1' ? 2 : 0;
     };
     const auto takeBackBlanks = [&] {
-      while (const int size = state == kStart ? 0 : blankBefore(to)) to -= size;
+      const char* const last = to;
+      while (const int size = state == kStart ? 0 : blankBefore(to)) {
+        if (last - to + size > kMostBlanks) break;
+        to -= size;
+      }
     };
     // Of a run that is too long its first mark stays, or nothing after a blank.
     const auto dropRun = [&] {
