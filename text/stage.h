@@ -21,8 +21,8 @@ class Stage {
 };
 
 // Blanks, decoration and long runs of punctuation are thinned, as by trimgPunc on each line
-// without its NUL characters; but of blanks at its end at most 1,024 bytes go. A character keeps its
-// width.
+// without its NUL characters; but of blanks at its end at most 1,024 bytes go. A character keeps
+// its width.
 std::unique_ptr<Stage> makeTrimStage();
 // Lines of more than `limit` bytes are cut and end with "...", as by sbc2dbc.
 std::unique_ptr<Stage> makeTruncateStage(std::size_t limit);
