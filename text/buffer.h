@@ -34,7 +34,6 @@ class Buffer {
   }
 
   std::size_t size() const { return size_; }
-  bool empty() const { return size_ == 0; }
   std::string_view view() const { return {bytes_.get(), size_}; }
 
  private:
